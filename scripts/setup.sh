@@ -1,0 +1,28 @@
+# Sourced by the scripts beside it: goes to the top of the tree, installs the Debian packages that
+# are missing and turns ccache on where it is present.
+cd "$(dirname "${BASH_SOURCE[0]}")/.."
+top=$PWD
+
+install_packages() {
+    local wanted missing=() name
+    mapfile -t wanted < <(sed -e 's/#.*//' -e '/^[[:space:]]*$/d' packaging/debian-packages.txt)
+    for name in "${wanted[@]}"; do
+        [ "$(dpkg-query -W -f='${db:Status-Status}' "$name" 2>/dev/null)" = installed ] || missing+=("$name")
+    done
+    [ ${#missing[@]} -gt 0 ] || return 0
+    echo "Installing: ${missing[*]}"
+    local as_root=()
+    [ "$(id -u)" = 0 ] || as_root=(sudo)
+    "${as_root[@]}" apt-get update -q
+    "${as_root[@]}" env DEBIAN_FRONTEND=noninteractive apt-get install -y -q --no-install-recommends "${missing[@]}"
+}
+
+# build PRESET [TARGET...]
+build() {
+    local preset=$1
+    shift
+    local launcher=()
+    command -v ccache >/dev/null && launcher=(-DCMAKE_CXX_COMPILER_LAUNCHER=ccache)
+    cmake --preset "$preset" "${launcher[@]}" -Wno-dev
+    cmake --build --preset "$preset" ${@:+--target "$@"}
+}
