@@ -1,6 +1,8 @@
+# shellcheck shell=bash
 # Sourced by the scripts beside it: goes to the top of the tree, installs the Debian packages that
 # are missing and turns ccache on where it is present.
-cd "$(dirname "${BASH_SOURCE[0]}")/.."
+cd "$(dirname "${BASH_SOURCE[0]}")/.." || exit
+# shellcheck disable=SC2034 # for the scripts that source this
 top=$PWD
 
 install_packages() {
