@@ -1,0 +1,8 @@
+#include "abstractworker.h"
+
+AbstractWorker::AbstractWorker(QObject *parent)
+    : QObject(parent)
+{
+}
+
+AbstractWorker::~AbstractWorker() = default;
