@@ -6,8 +6,9 @@
 
 class AbstractWorker;
 
-/// A thread that runs one worker: doStart(), the event loop until quit(), doStop(), and then deletes
-/// the worker, all in the thread itself. A worker runs once: starting the thread again does nothing.
+/// A thread that runs one worker: doStart(), the event loop until quit(), doStop(), and then
+/// deletes the worker, all in the thread itself. A worker runs once: starting the thread again does
+/// nothing.
 class AbstractWorkerThread : public QThread
 {
     Q_OBJECT

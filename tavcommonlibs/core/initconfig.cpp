@@ -63,21 +63,21 @@ QString InitConfig::defaultPath()
 
 QString InitConfig::workDir() const
 {
-    return text(QStringLiteral("paths/workDir"),
-        writable(QStringLiteral("/var/lib/ovrel"), dataHome()));
+    return text(
+        QStringLiteral("paths/workDir"), writable(QStringLiteral("/var/lib/ovrel"), dataHome()));
 }
 
 QString InitConfig::loggerPath() const
 {
-    return text(QStringLiteral("paths/logger"),
-        writable(QStringLiteral("/var/log/ovrel"), stateHome()));
+    return text(
+        QStringLiteral("paths/logger"), writable(QStringLiteral("/var/log/ovrel"), stateHome()));
 }
 
 QString InitConfig::versionsPath() const
 {
     return text(QStringLiteral("paths/versions"),
-        writable(QStringLiteral("/var/lib/ovrel/versions"),
-            dataHome() + QLatin1String("/versions")));
+        writable(
+            QStringLiteral("/var/lib/ovrel/versions"), dataHome() + QLatin1String("/versions")));
 }
 
 QString InitConfig::translationsPath() const

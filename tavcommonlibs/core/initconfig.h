@@ -6,14 +6,14 @@
 #include <QUrl>
 #include <QVariant>
 
-/// Reader of the terminal's configuration: an INI file in UTF-8, "/etc/ovrel/terminalV4.conf" or what
-/// the environment variable TAV_TERMINAL_CONF names.
+/// Reader of the terminal's configuration: an INI file in UTF-8, "/etc/ovrel/terminalV4.conf" or
+/// what the environment variable TAV_TERMINAL_CONF names.
 ///
 /// The file is read once, at construction; readers are cheap and made where a value is needed. A
 /// missing, unreadable or broken file, and a missing or empty key, give the defaults, so that the
 /// program starts on any machine. Values follow the rules of INI files as Qt reads them: one that
-/// holds a comma, a semicolon, a quote or a backslash stands in double quotes, with \" and \\ inside.
-/// May be used in any thread.
+/// holds a comma, a semicolon, a quote or a backslash stands in double quotes, with \" and
+/// \\ inside. May be used in any thread.
 class InitConfig
 {
 public:

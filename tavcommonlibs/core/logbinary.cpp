@@ -5,8 +5,7 @@
 QDebug operator<<(QDebug debug, const logbinary &data)
 {
     const QTextCodec *codec = data.codecName ? QTextCodec::codecForName(data.codecName) : nullptr;
-    const QString decoded
-        = codec ? codec->toUnicode(data.bytes) : QString::fromLatin1(data.bytes);
+    const QString decoded = codec ? codec->toUnicode(data.bytes) : QString::fromLatin1(data.bytes);
 
     QString text;
     text.reserve(decoded.size());

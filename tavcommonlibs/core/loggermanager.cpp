@@ -80,8 +80,8 @@ void handleMessage(QtMsgType type, const QMessageLogContext &context, const QStr
     m.outputs.pass(type, context, text);
 }
 
-/// Runs under Qt's category lock, at the birth of a category and at each change of the rules. It has
-/// the last word: it only opens, so what the rules opened stays so.
+/// Runs under Qt's category lock, at the birth of a category and at each change of the rules. It
+/// has the last word: it only opens, so what the rules opened stays so.
 void openCategory(QLoggingCategory *category)
 {
     Manager &m = manager();
@@ -111,8 +111,8 @@ void install()
     if (handler != handleMessage)
         m.previousHandler = handler;
 
-    // Installing a filter runs it at once, so the one before must be known first. A filter that came
-    // after ours leads to ours, and is only run again.
+    // Installing a filter runs it at once, so the one before must be known first. A filter that
+    // came after ours leads to ours, and is only run again.
     const auto filter = QLoggingCategory::installFilter(nullptr);
     if (!m.previousFilter)
         m.previousFilter = filter;

@@ -22,8 +22,8 @@ public:
     /// that cannot be opened is reported on standard error, which then takes its place.
     static void initLog(const QString &path, unsigned int keep, bool echo, QtMsgType level);
 
-    /// Flushes and closes the log. Before initLog() and from here on messages go where Qt sends them
-    /// by itself: to standard error.
+    /// Flushes and closes the log. Before initLog() and from here on messages go where Qt sends
+    /// them by itself: to standard error.
     static void releaseLog();
 
     /// Registers `output` for the messages of the category `name`, in place of an earlier one; the

@@ -138,8 +138,8 @@ void LogOutputs::pass(QtMsgType type, const QMessageLogContext &context, const Q
     std::shared_ptr<Output> output;
     {
         const std::lock_guard lock(m_mutex);
-        const auto found
-            = m_outputs.find(QByteArray::fromRawData(category, static_cast<int>(qstrlen(category))));
+        const auto found = m_outputs.find(
+            QByteArray::fromRawData(category, static_cast<int>(qstrlen(category))));
         if (found == m_outputs.end())
             return;
         output = found->second;

@@ -5,9 +5,9 @@
 
 #include <memory>
 
-/// The application object of a program that runs once per user: the first instance holds a lock file
-/// in the user's run-time directory, named after the executable's path. The kernel drops the lock
-/// with the process, so an instance that crashed never stands in the way of the next.
+/// The application object of a program that runs once per user: the first instance holds a lock
+/// file in the user's run-time directory, named after the executable's path. The kernel drops the
+/// lock with the process, so an instance that crashed never stands in the way of the next.
 class QtSingleApplication : public QApplication
 {
     Q_OBJECT
