@@ -1,0 +1,54 @@
+#pragma once
+
+#include <QObject>
+#include <QString>
+
+#include <memory>
+
+/**
+ * A modem on a serial port, spoken to in AT commands. Every call does its work before it returns
+ * and runs no event loop; each is bounded in time as said at it, and a modem that vanishes ends
+ * the call at once. To be used in the thread that made it. Destruction closes the port.
+ */
+class AtModem : public QObject
+{
+    Q_OBJECT
+    Q_DISABLE_COPY_MOVE(AtModem)
+
+public:
+    explicit AtModem(QObject *parent = nullptr);
+    ~AtModem() override;
+
+    /**
+     * Opens the port, gets the modem to answer and learns what it is. `port` is a bare device
+     * name or the path of any terminal, `baudrate` bits per second, `attempts` how often the modem
+     * is asked for a sign of life (at least once). An open port is closed first. False, with the
+     * reason in lastError(), when there is no such port, another program holds it, or what is
+     * there does not answer as a modem does. A silent port costs a second per attempt, and a
+     * little over one more to call a modem back that was left in a data call.
+     */
+    bool open(const QString &port, int baudrate, int attempts);
+    bool isOpen() const;
+
+    /** The family of commands found by open(), such as "Huawei"; empty while closed. */
+    QString gsmDialect() const;
+    /** Maker and model as the modem tells them; empty while closed or when it does not tell. */
+    QString modemName() const;
+    /** Why the last open() or reset() failed: a sentence for the technician, else empty. */
+    QString lastError() const;
+
+    /**
+     * Brings the modem into a known command state: stored profile, no echo, texts for results,
+     * numbers for errors. With `waitForNetwork` it then waits until the SIM card is ready and the
+     * modem is registered, at most half a minute each. Nothing is done when no port is open.
+     */
+    void reset(bool waitForNetwork);
+    /** Silences the messages that a modem sends unasked: the dialer would take them for answers. */
+    void beforeDial();
+    /** Closes the port and gives it free for other programs. */
+    void close();
+
+private:
+    class Private;
+    const std::unique_ptr<Private> d;
+};

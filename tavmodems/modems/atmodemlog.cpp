@@ -1,0 +1,3 @@
+#include "atmodemlog.h"
+
+Q_LOGGING_CATEGORY(AT_MODEM, "atmodem")
