@@ -103,7 +103,7 @@ QString InitConfig::busAddress() const
 
 QUrl InitConfig::makerPage() const
 {
-    return page(QStringLiteral("internet/makerPage"), QStringLiteral("http://deb.debian.org/"));
+    return page(QStringLiteral("internet/makerPage"), QStringLiteral("http://neverssl.com/"));
 }
 
 QUrl InitConfig::publicPage() const
