@@ -1,0 +1,86 @@
+#pragma once
+
+#include "busconnection.h"
+
+#include <QDBusPendingCall>
+#include <QObject>
+
+#include <chrono>
+#include <memory>
+
+class TavBus1Proxy;
+
+namespace tavbus {
+
+/**
+ * One connection that speaks to the broker as an agent: what the tool's and the service's side of
+ * the bus share. Belongs to one thread.
+ */
+class BrokerLink : public QObject
+{
+    Q_OBJECT
+    Q_DISABLE_COPY_MOVE(BrokerLink)
+
+public:
+    enum class Role { Speaks, Listens };
+
+    BrokerLink(const QString &agent, Role role, QObject *parent);
+    ~BrokerLink() override;
+
+    QString agent() const { return m_agent; }
+
+    bool open();
+    bool isOpen() const;
+    void close();
+
+    /// Only while open.
+    TavBus1Proxy *broker() const { return m_broker.get(); }
+    QDBusConnection bus() const { return m_connection.bus(); }
+
+    /// Says again who speaks here, without waiting.
+    QDBusPendingCall registerAgent();
+
+    /// Makes \a call (which returns a pending reply of broker()) and waits for its end; once more
+    /// after registering again, when the broker was a new one that did not know this connection.
+    template <typename Call>
+    auto ask(Call call);
+
+    std::chrono::milliseconds timeLimit() const { return m_limit; }
+    void setTimeLimit(std::chrono::milliseconds limit) { m_limit = limit; }
+
+signals:
+    /// Connected, but not registered yet: broker() can be connected to.
+    void opened();
+    void connectionLost();
+
+private:
+    bool wait(QDBusPendingCall call) const;
+    bool mustRegister(const QDBusPendingCall &call) const;
+    void leave(const QDeadlineTimer &deadline);
+
+    const QString m_agent;
+    const Role m_role;
+    std::chrono::milliseconds m_limit{5000};
+    BusConnection m_connection;
+    std::unique_ptr<TavBus1Proxy> m_broker; // null when closed; goes before its connection
+};
+
+template <typename Call>
+auto BrokerLink::ask(Call call)
+{
+    const QDeadlineTimer deadline(m_limit);
+    leave(deadline);
+    auto reply = call();
+    wait(reply);
+    if (mustRegister(reply)) {
+        leave(deadline);
+        if (wait(registerAgent())) {
+            leave(deadline);
+            reply = call();
+            wait(reply);
+        }
+    }
+    return reply;
+}
+
+} // namespace tavbus

@@ -1,0 +1,53 @@
+#pragma once
+
+#include "agentregistry.h"
+#include "store.h"
+
+#include <QDBusConnection>
+#include <QDBusContext>
+#include <QDBusServiceWatcher>
+#include <QObject>
+#include <QVariantMap>
+
+namespace tavbus {
+
+/**
+ * The broker as the bus sees it: checks what callers give, asks the store and the registry, answers
+ * with a result or a D-Bus error. A call that is answered with an error has changed nothing.
+ *
+ * The public slots are the methods of org.ovrel.TavBus1.
+ */
+class Broker : public QObject, protected QDBusContext
+{
+    Q_OBJECT
+    Q_DISABLE_COPY_MOVE(Broker)
+
+public:
+    /// \a store must be open and outlive the broker.
+    Broker(Store *store, const QDBusConnection &bus, QObject *parent = nullptr);
+
+    /// Takes the well-known name; false with a message logged when another broker has it.
+    bool start();
+
+public slots:
+    void registerAgent(const QString &agent, bool listen);
+    void saveSettings(const QString &owner, const QString &description, qlonglong stamp,
+        const QVariantList &settings);
+    QString loadSettings(const QString &owner, qlonglong &stamp, QVariantList &settings);
+    void removeSettings(const QString &owner, bool withState);
+    void publishState(const QString &agent, qlonglong stamp, const QVariantMap &body);
+    qlonglong loadState(const QString &agent, QVariantMap &body);
+    bool sendCommand(const QString &agent, const QString &command, const QVariantMap &data);
+
+private:
+    bool namesAreGood(const QStringList &names) const;
+    bool callerIsKnown() const;
+    void answer(Store::Change change) const;
+
+    Store *const m_store;
+    QDBusConnection m_bus;
+    AgentRegistry m_agents;
+    QDBusServiceWatcher m_callers; // registered connections
+};
+
+} // namespace tavbus

@@ -1,0 +1,3 @@
+#include "guilogger.h"
+
+Q_LOGGING_CATEGORY(GUILOGGER, "guilogger")

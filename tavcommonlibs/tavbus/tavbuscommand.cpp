@@ -1,0 +1,6 @@
+#include "tavbuscommand.h"
+
+tavbus::Message TavBusCommand::toOutgoingMessage() const
+{
+    return {m_agent, m_name, m_data};
+}

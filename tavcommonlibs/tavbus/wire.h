@@ -1,0 +1,42 @@
+#pragma once
+
+#include <QDateTime>
+#include <QString>
+#include <QVariant>
+
+#include <optional>
+
+/**
+ * What may cross the bus, and in which form: the one place that both sides ask.
+ */
+namespace tavbus::wire {
+
+constexpr int kMaxName = 255; // characters
+constexpr int kMaxDescription = 4096; // characters
+constexpr int kMaxDepth = 16; // lists and maps inside one another, the outermost included
+constexpr int kMaxRecord = 1024 * 1024; // bytes, packed
+constexpr int kMaxState = 64 * 1024; // bytes, packed; also for a command's data
+
+/// Whether \a name can be that of an agent, an owner or a command.
+bool isName(const QString &name);
+
+/// Whether \a text arrives as it was sent: D-Bus ends a string at a NUL character.
+bool isText(const QString &text);
+
+/// \a value with everything that Qt left marshalled taken out of its wrapping; nothing when it
+/// holds a type that cannot cross the bus unchanged, or is nested too deep.
+std::optional<QVariant> unwrapped(const QVariant &value);
+
+/// \a value as bytes that keep its types; and back, nothing when the bytes are damaged.
+QByteArray packed(const QVariant &value);
+std::optional<QVariant> unpacked(const QByteArray &bytes);
+
+/// unwrapped() of a list or a map, when it also keeps within \a limit packed.
+std::optional<QVariantList> checked(const QVariantList &list, int limit);
+std::optional<QVariantMap> checked(const QVariantMap &map, int limit);
+
+/// Milliseconds since the epoch; an invalid time stamp is the smallest number.
+qint64 fromDateTime(const QDateTime &dt);
+QDateTime toDateTime(qint64 stamp);
+
+} // namespace tavbus::wire
