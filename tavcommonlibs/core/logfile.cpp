@@ -32,6 +32,8 @@ QString filePath(const QString &path)
 
 spdlog::sink_ptr openFile(const QString &path, unsigned int keep)
 {
+    if (path.isEmpty())
+        throw spdlog::spdlog_ex("no path is given");
     const QFileInfo info(filePath(path));
     DirCreator::checkAndCreate(info.absolutePath(), DirCreator::DEFAULT_ALL);
     // A pipe would block, and rotation would rename a device.

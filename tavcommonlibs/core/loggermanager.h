@@ -29,8 +29,9 @@ public:
     /// Registers `output` for the messages of the category `name`, in place of an earlier one; the
     /// category is opened down to debug, whatever the log's level. The output is called on the
     /// thread that calls this function: at once when that thread logs, else through its event loop.
-    /// It may log; what it logs in its own category is not passed to it again. It goes with its
-    /// thread.
+    /// It may log: while it is called at once Qt passes that to standard error alone; otherwise it
+    /// is logged like all else, but what belongs to its own category is not passed to it again. It
+    /// goes with its thread.
     static void setOutputs(const QString &name, Output output);
 
     /// After this has returned the output is not called any more, queued messages included. Waits
