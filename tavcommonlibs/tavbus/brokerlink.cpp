@@ -22,13 +22,12 @@ bool BrokerLink::open()
     if (isOpen())
         return true;
     close();
-    const QDeadlineTimer deadline(m_limit);
+    const QDeadlineTimer deadline = newDeadline();
     if (!m_connection.open(InitConfig().busAddress(), deadline))
         return false;
     m_broker = std::make_unique<TavBus1Proxy>(BROKER_SERVICE, BROKER_PATH, m_connection.bus());
     emit opened();
-    leave(deadline);
-    if (wait(registerAgent()))
+    if (wait(registerAgent(deadline)))
         return true;
     close();
     return false;
@@ -45,23 +44,24 @@ void BrokerLink::close()
     m_connection.close();
 }
 
-QDBusPendingCall BrokerLink::registerAgent()
+QDBusPendingCall BrokerLink::registerAgent(const QDeadlineTimer &deadline)
 {
+    limitCallsTo(deadline);
     return m_broker->registerAgent(m_agent, m_role == Role::Listens);
 }
 
-bool BrokerLink::wait(QDBusPendingCall call) const
+bool BrokerLink::wait(QDBusPendingCall call)
 {
     call.waitForFinished();
     return !call.isError();
 }
 
-bool BrokerLink::mustRegister(const QDBusPendingCall &call) const
+bool BrokerLink::isUnknown(const QDBusPendingCall &call)
 {
     return call.isError() && call.error().name() == ERROR_NOT_REGISTERED;
 }
 
-void BrokerLink::leave(const QDeadlineTimer &deadline)
+void BrokerLink::limitCallsTo(const QDeadlineTimer &deadline)
 {
     // 0 and less mean something else to D-Bus.
     m_broker->setTimeout(qMax(1, int(deadline.remainingTime())));

@@ -38,12 +38,19 @@ public:
     QDBusConnection bus() const { return m_connection.bus(); }
 
     /// Says again who speaks here, without waiting.
-    QDBusPendingCall registerAgent();
+    QDBusPendingCall registerAgent(const QDeadlineTimer &deadline);
 
     /// Makes \a call (which returns a pending reply of broker()) and waits for its end; once more
     /// after registering again, when the broker was a new one that did not know this connection.
     template <typename Call>
-    auto ask(Call call);
+    auto ask(Call call, const QDeadlineTimer &deadline);
+    template <typename Call>
+    auto ask(Call call)
+    {
+        return ask(call, newDeadline());
+    }
+
+    QDeadlineTimer newDeadline() const { return QDeadlineTimer(m_limit); }
 
     std::chrono::milliseconds timeLimit() const { return m_limit; }
     void setTimeLimit(std::chrono::milliseconds limit) { m_limit = limit; }
@@ -54,9 +61,9 @@ signals:
     void connectionLost();
 
 private:
-    bool wait(QDBusPendingCall call) const;
-    bool mustRegister(const QDBusPendingCall &call) const;
-    void leave(const QDeadlineTimer &deadline);
+    static bool wait(QDBusPendingCall call);
+    static bool isUnknown(const QDBusPendingCall &call);
+    void limitCallsTo(const QDeadlineTimer &deadline);
 
     const QString m_agent;
     const Role m_role;
@@ -66,19 +73,15 @@ private:
 };
 
 template <typename Call>
-auto BrokerLink::ask(Call call)
+auto BrokerLink::ask(Call call, const QDeadlineTimer &deadline)
 {
-    const QDeadlineTimer deadline(m_limit);
-    leave(deadline);
+    limitCallsTo(deadline);
     auto reply = call();
     wait(reply);
-    if (mustRegister(reply)) {
-        leave(deadline);
-        if (wait(registerAgent())) {
-            leave(deadline);
-            reply = call();
-            wait(reply);
-        }
+    if (isUnknown(reply) && wait(registerAgent(deadline))) {
+        limitCallsTo(deadline);
+        reply = call();
+        wait(reply);
     }
     return reply;
 }

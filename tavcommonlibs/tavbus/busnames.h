@@ -16,5 +16,6 @@ inline const QString BUSNAME_TERMINAL_GUI = QStringLiteral("terminalgui");
 
 inline const QString BROKER_SERVICE = QStringLiteral("org.ovrel.TavBus");
 inline const QString BROKER_PATH = QStringLiteral("/org/ovrel/TavBus");
+inline const QString BROKER_INTERFACE = QStringLiteral("org.ovrel.TavBus1");
 
 } // namespace tavbus

@@ -136,10 +136,10 @@ void TavBusAgent::cutOff()
     if (!m_wanted)
         return;
     m_retry.start();
-    setOpen(false);
     // A call to the broker starts it again, if it can be started.
     if (m_link->isOpen())
         registerAgain();
+    setOpen(false);
 }
 
 void TavBusAgent::tryAgain()
@@ -154,7 +154,8 @@ void TavBusAgent::tryAgain()
 
 void TavBusAgent::registerAgain()
 {
-    auto *const watcher = new QDBusPendingCallWatcher(m_link->registerAgent(), m_link->broker());
+    auto *const watcher = new QDBusPendingCallWatcher(
+        m_link->registerAgent(m_link->newDeadline()), m_link->broker());
     connect(watcher, &QDBusPendingCallWatcher::finished, this, [this, watcher] {
         watcher->deleteLater();
         if (!m_wanted)

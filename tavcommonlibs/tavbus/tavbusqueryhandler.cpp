@@ -15,8 +15,10 @@ using SettingsReply = QDBusPendingReply<QString, qlonglong, QVariantList>;
 
 std::optional<ClientSettings> record(const QString &owner, const SettingsReply &reply)
 {
+    if (reply.isError())
+        return {};
     const auto settings = wire::checked(reply.argumentAt<2>(), wire::kMaxRecord);
-    if (reply.isError() || !settings)
+    if (!settings)
         return {};
     ClientSettings result;
     result.setOwner(owner);
@@ -78,16 +80,14 @@ bool TavBusQueryHandler::loadSettings(
 {
     if (!isOpen() || !std::all_of(owners.cbegin(), owners.cend(), wire::isName))
         return false;
-    // All are asked before the first answer is awaited: one time limit for them together.
-    QList<SettingsReply> replies;
-    for (const QString &owner : owners)
-        replies.append(m_link->broker()->loadSettings(owner));
+    const QDeadlineTimer deadline = m_link->newDeadline(); // for all of them together
     QList<ClientSettings> found;
-    for (int i = 0; i < owners.size(); ++i) {
-        replies[i].waitForFinished();
-        if (replies.at(i).isError() && replies.at(i).error().name() == ERROR_NOT_FOUND)
+    for (const QString &owner : owners) {
+        const SettingsReply reply
+            = m_link->ask([&] { return m_link->broker()->loadSettings(owner); }, deadline);
+        if (reply.isError() && reply.error().name() == ERROR_NOT_FOUND)
             continue;
-        const auto settings = record(owners.at(i), replies.at(i));
+        const auto settings = record(owner, reply);
         if (!settings)
             return false;
         found.append(*settings);
@@ -109,13 +109,14 @@ bool TavBusQueryHandler::loadState(const QString &agent, tavbus::ClientState &st
 {
     if (!isOpen() || !wire::isName(agent))
         return false;
-    const auto reply = m_link->ask([&] { return m_link->broker()->loadState(agent); });
+    const QDBusPendingReply<qlonglong, QVariantMap> reply
+        = m_link->ask([&] { return m_link->broker()->loadState(agent); });
     if (reply.isError())
         return false;
-    const auto body = wire::checked(reply.template argumentAt<1>(), wire::kMaxState);
+    const auto body = wire::checked(reply.argumentAt<1>(), wire::kMaxState);
     if (!body)
         return false;
-    state.setDt(wire::toDateTime(reply.template argumentAt<0>()));
+    state.setDt(wire::toDateTime(reply.argumentAt<0>()));
     state.setBody(*body);
     return true;
 }

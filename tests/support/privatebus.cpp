@@ -42,9 +42,11 @@ void waitUntil(Condition condition, const char *what)
     }
 }
 
-bool isAlive(qint64 pid)
+// A zombie has ended: its files are closed, only its parent has not looked yet.
+bool hasEnded(qint64 pid)
 {
-    return ::kill(pid_t(pid), 0) == 0;
+    QFile file(QStringLiteral("/proc/%1/stat").arg(pid));
+    return !file.open(QIODevice::ReadOnly) || file.readAll().contains(") Z ");
 }
 
 // A connection for one question, so that none is left on a bus that ends.
@@ -95,6 +97,7 @@ PrivateBus::PrivateBus(const Options &options)
         qFatal("cannot make a directory: %s", qUtf8Printable(m_directory.errorString()));
     if (options.forOtherUsers)
         QFile::setPermissions(m_directory.path(), QFile::Permissions(0x7755));
+    QDir(m_directory.path()).mkdir(QStringLiteral("services"));
     writeConfiguration(options);
     qputenv(kVariable.constData(), m_address.toUtf8());
     start();
@@ -178,7 +181,7 @@ void PrivateBus::signalBroker(int number) const
     if (pid == 0)
         return;
     ::kill(pid_t(pid), number);
-    waitUntil([&] { return !isAlive(pid) && brokerPid() != pid; }, "the broker has ended");
+    waitUntil([&] { return hasEnded(pid) && brokerPid() != pid; }, "the broker has ended");
 }
 
 void PrivateBus::freezeBroker() const
@@ -225,12 +228,16 @@ void PrivateBus::writeConfiguration(const Options &options) const
                        "  <type>session</type>\n"
                        "  <listen>%1</listen>\n"
                        "  <auth>EXTERNAL</auth>\n"
-                       "  <servicedir>%2</servicedir>\n"
+                       "  <servicedir>%2/services</servicedir>\n"
                        "%3"
                        "</busconfig>\n")
             .arg(m_address, m_directory.path(), options.policy.isEmpty() ? everybody : systemLike));
     if (options.withBroker)
-        write(m_directory.filePath(kService + QStringLiteral(".service")),
-            QStringLiteral("[D-BUS Service]\nName=%1\nExec=%2 --address %3 --database %4\n")
-                .arg(kService, QStringLiteral(TAVBUSD), m_address, databaseFile()));
+        write(m_directory.filePath(QStringLiteral("services/%1.service").arg(kService)),
+            QStringLiteral("[D-BUS Service]\nName=%1\nExec=%2\n")
+                .arg(kService,
+                    options.brokerCommand.isEmpty()
+                        ? QStringLiteral(TAVBUSD " --address %1 --database %2")
+                              .arg(m_address, databaseFile())
+                        : options.brokerCommand));
 }

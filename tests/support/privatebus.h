@@ -24,6 +24,7 @@ public:
     {
         QString policy{}; ///< a policy file of D-Bus in place of "everybody may everything"
         bool withBroker = true; ///< false: nothing starts the broker
+        QString brokerCommand{}; ///< started in place of the real broker
         bool forOtherUsers = false; ///< reachable by processes of other users
     };
 

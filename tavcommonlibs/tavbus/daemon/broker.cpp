@@ -13,6 +13,15 @@
 
 namespace tavbus {
 
+namespace {
+
+using namespace std::chrono_literals;
+
+constexpr std::chrono::milliseconds kSettlingTime = 1s;
+constexpr int kMaxHeld = 64;
+
+} // namespace
+
 Broker::Broker(Store *store, const QDBusConnection &bus, QObject *parent)
     : QObject(parent)
     , m_store(store)
@@ -26,12 +35,16 @@ Broker::Broker(Store *store, const QDBusConnection &bus, QObject *parent)
             m_callers.removeWatchedService(connection);
             m_agents.removeConnection(connection);
         });
+    m_settling.setSingleShot(true);
+    connect(&m_settling, &QTimer::timeout, this, &Broker::deliverHeld);
 }
 
 bool Broker::start()
 {
-    if (m_bus.registerObject(BROKER_PATH, this) && m_bus.registerService(BROKER_SERVICE))
+    if (m_bus.registerObject(BROKER_PATH, this) && m_bus.registerService(BROKER_SERVICE)) {
+        m_settling.start(kSettlingTime);
         return true;
+    }
     qCritical("cannot take the name %s on the bus: %s", qUtf8Printable(BROKER_SERVICE),
         qUtf8Printable(m_bus.lastError().message()));
     return false;
@@ -57,6 +70,8 @@ void Broker::registerAgent(const QString &agent, bool listen)
     else if (answer == AgentRegistry::Answer::TooMany)
         sendErrorReply(
             QDBusError::LimitsExceeded, QStringLiteral("too many agents or connections"));
+    else if (listen)
+        deliverHeld();
 }
 
 void Broker::saveSettings(
@@ -150,16 +165,39 @@ bool Broker::sendCommand(const QString &agent, const QString &command, const QVa
             QStringLiteral("the data are too large, nested too deep or of a type not carried"));
         return false;
     }
+    if (deliver(agent, command, *map))
+        return true;
+    if (m_settling.isActive() && m_held.size() < kMaxHeld) {
+        setDelayedReply(true);
+        m_held.append({message(), agent, command, *map});
+    }
+    return false;
+}
+
+bool Broker::deliver(const QString &agent, const QString &command, const QVariantMap &data)
+{
     const QStringList listeners = m_agents.listeners(agent);
     bool delivered = false;
     for (const QString &listener : listeners) {
-        auto signal = QDBusMessage::createTargetedSignal(listener, BROKER_PATH,
-            QLatin1String(TavBus1Adaptor::staticMetaObject.classInfo(0).value()),
-            QStringLiteral("commandReceived"));
-        signal.setArguments({agent, command, *map});
+        auto signal = QDBusMessage::createTargetedSignal(
+            listener, BROKER_PATH, BROKER_INTERFACE, QStringLiteral("commandReceived"));
+        signal.setArguments({agent, command, data});
         delivered = m_bus.send(signal) || delivered;
     }
     return delivered;
+}
+
+void Broker::deliverHeld()
+{
+    QList<HeldCommand> stillHeld;
+    for (const HeldCommand &held : qAsConst(m_held)) {
+        const bool delivered = deliver(held.agent, held.command, held.data);
+        if (delivered || !m_settling.isActive())
+            m_bus.send(held.call.createReply(delivered));
+        else
+            stillHeld.append(held);
+    }
+    m_held = stillHeld;
 }
 
 bool Broker::namesAreGood(const QStringList &names) const

@@ -5,8 +5,10 @@
 
 #include <QDBusConnection>
 #include <QDBusContext>
+#include <QDBusMessage>
 #include <QDBusServiceWatcher>
 #include <QObject>
+#include <QTimer>
 #include <QVariantMap>
 
 namespace tavbus {
@@ -40,14 +42,28 @@ public slots:
     bool sendCommand(const QString &agent, const QString &command, const QVariantMap &data);
 
 private:
+    struct HeldCommand
+    {
+        QDBusMessage call; // waits for its answer
+        QString agent;
+        QString command;
+        QVariantMap data;
+    };
+
     bool namesAreGood(const QStringList &names) const;
     bool callerIsKnown() const;
     void answer(Store::Change change) const;
+    bool deliver(const QString &agent, const QString &command, const QVariantMap &data);
+    void deliverHeld();
 
     Store *const m_store;
     QDBusConnection m_bus;
     AgentRegistry m_agents;
     QDBusServiceWatcher m_callers; // registered connections
+    // A broker that takes the place of one that died is there before the agents have found it: for
+    // a moment commands wait for their agent instead of being refused.
+    QTimer m_settling;
+    QList<HeldCommand> m_held;
 };
 
 } // namespace tavbus

@@ -225,8 +225,10 @@ Store::Opened Store::readAll()
     while (query.next()) {
         const auto body = wire::unpacked(query.value(2).toByteArray());
         if (!body) {
-            m_error = QStringLiteral("the state of %1 is damaged").arg(query.value(0).toString());
-            return Opened::Damaged;
+            // Its agent will publish another; no reason to give up everybody's settings.
+            qCritical("the state of %s is damaged and left out",
+                qUtf8Printable(query.value(0).toString()));
+            continue;
         }
         ClientState state;
         state.setDt(wire::toDateTime(query.value(1).toLongLong()));
