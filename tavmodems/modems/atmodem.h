@@ -1,5 +1,7 @@
 #pragma once
 
+#include "portlock.h"
+
 #include <QObject>
 #include <QString>
 
@@ -16,7 +18,8 @@ class AtModem : public QObject
     Q_DISABLE_COPY_MOVE(AtModem)
 
 public:
-    explicit AtModem(QObject *parent = nullptr);
+    /** `lockDirectory` is where the lock files of serial ports lie. */
+    explicit AtModem(QObject *parent = nullptr, const QString &lockDirectory = PortLock::DIRECTORY);
     ~AtModem() override;
 
     /**
@@ -38,13 +41,21 @@ public:
     QString lastError() const;
 
     /**
-     * Brings the modem into a known command state: stored profile, no echo, texts for results,
-     * numbers for errors. With `waitForNetwork` it then waits until the SIM card is ready and the
-     * modem is registered, at most half a minute each. Nothing is done when no port is open.
+     * Brings the modem into a known command state: stored profile, no echo, results as words,
+     * errors by number; at most 9 s, and 4 s when the modem has gone silent. With
+     * `waitForNetwork` it also switches the radio on and waits until the SIM card is ready and the
+     * modem is registered: up to 15, 10 and 30 s more, less when waiting is of no use (no card,
+     * PIN asked). Returns at once when no port is open. How it failed is in lastError().
      */
     void reset(bool waitForNetwork);
-    /** Silences the messages that a modem sends unasked: the dialer would take them for answers. */
+
+    /**
+     * Silences the lines that a modem sends unasked, which the dialer would take for answers; a
+     * second at most for each of a handful, and a second for all when the modem is silent. Returns
+     * at once when no port is open.
+     */
     void beforeDial();
+
     /** Closes the port and gives it free for other programs. */
     void close();
 

@@ -1,8 +1,9 @@
 #include "modeminfo.h"
 
 #include "onelinetext.h"
+#include "wholenumber.h"
 
-#include <limits>
+#include <algorithm>
 
 namespace {
 
@@ -54,17 +55,13 @@ public:
 
     void take(const QString &key, int &field)
     {
-        const auto value = takeValue(
-            key, {QMetaType::Int, QMetaType::UInt, QMetaType::LongLong, QMetaType::ULongLong});
+        const auto value = takeValue(key);
         if (!value)
             return;
-        bool fits = false;
-        const qlonglong number = value->toLongLong(&fits);
-        if (!fits || number < std::numeric_limits<int>::min()
-            || number > std::numeric_limits<int>::max()
-            || (value->userType() == QMetaType::ULongLong && number < 0))
-            return fail(key, QStringLiteral("is out of range"));
-        field = static_cast<int>(number);
+        if (const auto number = wholeNumber(*value))
+            field = *number;
+        else
+            fail(key, QStringLiteral("is not a number in range"));
     }
 
     void take(const QString &key, bool &field)
@@ -77,14 +74,16 @@ public:
     QString error() const { return m_error; }
 
 private:
-    std::optional<QVariant> takeValue(const QString &key, std::initializer_list<int> types)
+    // Any type when none is named.
+    std::optional<QVariant> takeValue(const QString &key, std::initializer_list<int> types = {})
     {
         const auto it = m_rest.find(key);
         if (it == m_rest.end())
             return std::nullopt;
         const QVariant value = *it;
         m_rest.erase(it);
-        if (std::find(types.begin(), types.end(), value.userType()) == types.end()) {
+        const int type = value.userType();
+        if (types.size() > 0 && std::find(types.begin(), types.end(), type) == types.end()) {
             fail(key, QStringLiteral("has the wrong type"));
             return std::nullopt;
         }

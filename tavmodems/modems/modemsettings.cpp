@@ -2,6 +2,7 @@
 
 #include "atmodemlog.h"
 #include "onelinetext.h"
+#include "wholenumber.h"
 
 #include <QMutex>
 #include <QMutexLocker>
@@ -42,14 +43,12 @@ bool isName(const QVariant &value)
 // Why the header cannot be used; empty when it was read.
 QString readHeader(QVariantMap header, Store &into)
 {
-    const QVariant version = header.take(VERSION);
-    bool isNumber = false;
-    const int number = version.toInt(&isNumber);
-    if (version.userType() == QMetaType::QString || !isNumber || number < 1)
+    const auto version = wholeNumber(header.take(VERSION));
+    if (!version || *version < 1)
         return QStringLiteral("its version is missing");
-    if (number > kVersion)
+    if (*version > kVersion)
         return QStringLiteral("it is of version %1, newer than this program knows (%2)")
-            .arg(number)
+            .arg(*version)
             .arg(kVersion);
     const QVariant order = header.take(ORDER);
     if (order.userType() != QMetaType::QStringList && order.userType() != QMetaType::QVariantList)

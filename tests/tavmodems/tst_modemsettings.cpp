@@ -165,6 +165,7 @@ void TestModemSettings::refusesAListWhole_data()
     row("no version", without(0, version), "version is missing");
     row("version is a text", changed(0, version, QStringLiteral("1")), "version is missing");
     row("version 0", changed(0, version, 0), "version is missing");
+    row("version beyond int", changed(0, version, 0x100000001LL), "version is missing");
     row("later version", changed(0, version, 2), "newer");
     row("no order", without(0, order), "order of connections is missing");
     row("order is a text", changed(0, order, name(1)), "order of connections is missing");
@@ -180,8 +181,8 @@ void TestModemSettings::refusesAListWhole_data()
     row("name is a number", changed(2, key, 2), "no name");
     row("name with NUL", changed(2, key, QString(QChar(QChar::Null))), "no name");
     row("two of one name", changed(2, key, name(1)), "was there before");
-    row("ill-typed field", changed(2, QStringLiteral("baudrate"), QStringLiteral("9600")),
-        "\"baudrate\" has the wrong type");
+    row("ill-typed field", changed(2, QStringLiteral("newPppd"), 1),
+        "\"newPppd\" has the wrong type");
     row("line end in a field", changed(2, QStringLiteral("password"), QStringLiteral("a\nb")),
         "control character");
     QList<QVariant> crowd = good.mid(0, 1);

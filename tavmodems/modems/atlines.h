@@ -1,0 +1,24 @@
+#pragma once
+
+#include <QByteArray>
+#include <QList>
+
+/**
+ * Cuts a stream of bytes into lines, however it arrives. CR and LF in any number and order end a
+ * line; empty lines and NUL bytes are dropped, blanks at the ends too. A line longer than any
+ * answer has is dropped up to its end, so that babble without a line end costs no memory.
+ */
+class AtLines
+{
+public:
+    static constexpr int kMaxLine = 4096; ///< bytes
+
+    /** The lines completed by these bytes. */
+    QList<QByteArray> feed(const QByteArray &bytes);
+    /** Forgets an unfinished line. */
+    void clear();
+
+private:
+    QByteArray m_line;
+    bool m_tooLong = false;
+};
