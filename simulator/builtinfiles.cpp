@@ -1,0 +1,43 @@
+#include "builtinfiles.h"
+
+#include <QDir>
+
+// Resources of a static library have to be asked for, and outside any namespace.
+static void useResources()
+{
+    Q_INIT_RESOURCE(simulator);
+}
+
+namespace {
+
+QString folderOf(BuiltInFiles::Kind kind)
+{
+    useResources();
+    return kind == BuiltInFiles::Kind::Scenario ? QStringLiteral(":/terminalsim/scenarios/")
+                                                : QStringLiteral(":/terminalsim/profiles/");
+}
+
+} // namespace
+
+bool BuiltInFiles::read(Kind kind, const QString &nameOrPath, QByteArray *content, QString *error)
+{
+    const bool isPath
+        = nameOrPath.contains(QLatin1Char('/')) || nameOrPath.endsWith(QLatin1String(".json"));
+    QFile file(isPath ? nameOrPath : folderOf(kind) + nameOrPath + QStringLiteral(".json"));
+    if (!file.open(QIODevice::ReadOnly)) {
+        *error = isPath ? QStringLiteral("cannot read %1: %2").arg(nameOrPath, file.errorString())
+                        : QStringLiteral("there is no \"%1\"; there are: %2")
+                              .arg(nameOrPath, names(kind).join(QStringLiteral(", ")));
+        return false;
+    }
+    *content = file.readAll();
+    return true;
+}
+
+QStringList BuiltInFiles::names(Kind kind)
+{
+    QStringList names = QDir(folderOf(kind)).entryList({QStringLiteral("*.json")}, QDir::Files);
+    for (QString &name : names)
+        name.chop(5);
+    return names;
+}

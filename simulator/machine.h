@@ -1,0 +1,58 @@
+#pragma once
+
+#include "journal.h"
+#include "messagebus.h"
+#include "modemrack.h"
+#include "scenario.h"
+
+#include <QObject>
+#include <map>
+#include <memory>
+
+class PortHolder;
+class SimulatedService;
+class WebPage;
+
+/// The terminal's hardware, services and surroundings, put together as a scenario says. Its
+/// thread's event loop must run. The public calls are what the control interface offers; those
+/// with a bool give false for a name that is not known.
+class Machine : public QObject
+{
+    Q_OBJECT
+    Q_DISABLE_COPY_MOVE(Machine)
+
+public:
+    Machine(const Scenario &scenario, QString brokerProgram, QObject *parent = nullptr);
+    ~Machine() override;
+
+    /// Writes the files that programs in the terminal find. Before any program is started.
+    static bool writeFiles(const Scenario &scenario, QString *error);
+    /// Sets the environment of the terminal's programs in the calling process.
+    static void setEnvironment();
+
+    bool start(QString *error);
+
+    ModemRack &modems() { return m_modems; }
+    QStringList modemNames() const;
+    SimulatedService *service(const QString &name) const { return m_services.value(name); }
+    bool holdPort(const QString &modem, bool held);
+    bool setPage(const QString &page, bool answers);
+    uint brokerPid() const;
+    void killBroker();
+    Journal &journal() { return m_journal; }
+
+private:
+    bool startNetwork(QString *error);
+    bool startServices(QString *error);
+    bool writePppOptions(QString *error);
+    bool saveConnections(QString *error);
+
+    const Scenario m_scenario;
+    const QString m_brokerProgram;
+    Journal m_journal;
+    MessageBus m_bus;
+    ModemRack m_modems;
+    QMap<QString, SimulatedService *> m_services; // children of this
+    QMap<QString, WebPage *> m_pages; // children of this
+    std::map<QString, std::unique_ptr<PortHolder>> m_otherHolders;
+};

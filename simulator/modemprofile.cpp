@@ -1,0 +1,127 @@
+#include "modemprofile.h"
+
+#include "builtinfiles.h"
+#include "jsonreader.h"
+
+#include <QJsonDocument>
+
+namespace {
+
+UsbIdentity readUsb(JsonReader reader)
+{
+    UsbIdentity usb;
+    const auto hexNumber = [&reader](const QString &key) {
+        bool isNumber = false;
+        const quint16 number = reader.text(key).toUShort(&isNumber, 16);
+        if (!isNumber)
+            reader.fail(key, QStringLiteral("must be four hexadecimal digits"));
+        return number;
+    };
+    usb.vendorId = hexNumber(QStringLiteral("vendorId"));
+    usb.productId = hexNumber(QStringLiteral("productId"));
+    usb.vendor = reader.text(QStringLiteral("vendor"));
+    usb.product = reader.text(QStringLiteral("product"));
+    usb.serial = reader.text(QStringLiteral("serial"));
+    usb.driver = reader.text(QStringLiteral("driver"), usb.driver);
+    reader.finish();
+    return usb;
+}
+
+} // namespace
+
+ModemAnswer ModemAnswer::read(JsonReader &reader, const QString &key)
+{
+    ModemAnswer answer;
+    const QJsonValue value = reader.raw(key);
+    if (value.isString()) {
+        if (!value.toString().isEmpty())
+            answer.lines = QStringList(value.toString());
+    } else if (value.isArray()) {
+        answer.lines = reader.texts(key);
+    } else {
+        JsonReader inner = reader.object(key);
+        answer.lines = inner.texts(QStringLiteral("lines"));
+        answer.result = inner.text(QStringLiteral("result"), answer.result);
+        answer.delayMs = inner.number(QStringLiteral("delayMs"), 0, 0, 600000);
+        answer.needsSim = inner.flag(QStringLiteral("needsSim"), false);
+        answer.later = inner.texts(QStringLiteral("later"));
+        answer.laterMs = inner.number(QStringLiteral("laterMs"), answer.laterMs, 0, 600000);
+        inner.finish();
+    }
+    return answer;
+}
+
+QStringList ModemProfile::names()
+{
+    return BuiltInFiles::names(BuiltInFiles::Kind::Profile);
+}
+
+bool ModemProfile::load(const QString &nameOrPath, ModemProfile *profile, QString *error)
+{
+    QByteArray json;
+    if (!BuiltInFiles::read(BuiltInFiles::Kind::Profile, nameOrPath, &json, error))
+        return false;
+    if (parse(json, profile, error))
+        return true;
+    *error = QStringLiteral("profile %1: %2").arg(nameOrPath, *error);
+    return false;
+}
+
+bool ModemProfile::parse(const QByteArray &json, ModemProfile *profile, QString *error)
+{
+    QJsonParseError jsonError{};
+    const QJsonDocument document = QJsonDocument::fromJson(json, &jsonError);
+    if (jsonError.error != QJsonParseError::NoError) {
+        *error = QStringLiteral("not JSON: %1 at byte %2")
+                     .arg(jsonError.errorString())
+                     .arg(jsonError.offset);
+        return false;
+    }
+    error->clear();
+    JsonReader reader(document.object(), {}, error);
+    ModemProfile read;
+    read.source = reader.text(QStringLiteral("source"));
+    if (read.source.isEmpty())
+        reader.fail(
+            QStringLiteral("source"), QStringLiteral("must name where the answers come from"));
+    read.manufacturer = reader.text(QStringLiteral("manufacturer"));
+    read.model = reader.text(QStringLiteral("model"));
+    read.revision = reader.text(QStringLiteral("revision"));
+    read.imei = reader.text(QStringLiteral("imei"));
+    read.usb = readUsb(reader.object(QStringLiteral("usb")));
+    read.ports = reader.texts(QStringLiteral("ports"));
+    for (const QString &port : qAsConst(read.ports)) {
+        if (port != QLatin1String("data") && port != QLatin1String("control")
+            && port != QLatin1String("diagnostic"))
+            reader.fail(QStringLiteral("ports"),
+                QStringLiteral("\"%1\" is none of \"data\", \"control\", \"diagnostic\"")
+                    .arg(port));
+    }
+    if (read.ports.count(QStringLiteral("data")) != 1)
+        reader.fail(QStringLiteral("ports"), QStringLiteral("must have one \"data\" port"));
+    read.connectText = reader.text(QStringLiteral("connectText"), read.connectText);
+    read.accessTechnology = reader.number(QStringLiteral("accessTechnology"), 0, 0, 7);
+    read.firstSmsIndex = reader.number(QStringLiteral("firstSmsIndex"), 1, 0, 1);
+    read.packedUssd = reader.flag(QStringLiteral("packedUssd"), false);
+    read.dialsAnyNumber = reader.flag(QStringLiteral("dialsAnyNumber"), false);
+    read.resetReplugs = reader.flag(QStringLiteral("resetReplugs"), false);
+    read.bootMs = reader.number(QStringLiteral("bootMs"), read.bootMs, 0, 60000);
+    read.bootLines = reader.texts(QStringLiteral("bootLines"));
+    const QList<JsonReader> periodic = reader.objects(QStringLiteral("periodicLines"));
+    for (JsonReader line : periodic) {
+        read.periodicLines.append({line.text(QStringLiteral("text")),
+            line.number(QStringLiteral("periodMs"), 1000, 10, 3600000)});
+        line.finish();
+    }
+    JsonReader answers = reader.object(QStringLiteral("answers"));
+    for (const QString &command : answers.keys()) {
+        if (!command.startsWith(QLatin1String("AT")))
+            answers.fail(command, QStringLiteral("must begin with AT"));
+        read.answers.insert(command, ModemAnswer::read(answers, command));
+    }
+    reader.finish();
+    if (!error->isEmpty())
+        return false;
+    *profile = read;
+    return true;
+}

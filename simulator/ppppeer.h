@@ -1,0 +1,36 @@
+#pragma once
+
+#include <QByteArray>
+#include <QObject>
+#include <QProcess>
+
+class QSocketNotifier;
+
+/// The network's end of one data call: Debian's user-mode PPP peer on a pseudo-terminal of its own.
+/// To who dials in, 10.0.2.2 is this terminal's loopback.
+class PppPeer : public QObject
+{
+    Q_OBJECT
+    Q_DISABLE_COPY_MOVE(PppPeer)
+
+public:
+    explicit PppPeer(QObject *parent = nullptr);
+    ~PppPeer() override;
+
+    bool start();
+    void write(const QByteArray &bytes);
+
+signals:
+    void received(const QByteArray &bytes);
+    void ended();
+
+private:
+    void readBytes();
+    void writeRest();
+
+    QProcess m_process;
+    int m_line = -1;
+    QByteArray m_unsent;
+    QSocketNotifier *m_reader = nullptr; // children of this
+    QSocketNotifier *m_writer = nullptr;
+};

@@ -1,0 +1,188 @@
+#include "serialline.h"
+
+#include "privatefiles.h"
+
+#include <QFile>
+#include <QSocketNotifier>
+#include <cerrno>
+#include <cstdlib>
+#include <fcntl.h>
+#include <poll.h>
+#include <sys/inotify.h>
+#include <sys/ioctl.h>
+#include <sys/mount.h>
+#include <termios.h>
+#include <unistd.h>
+#include <utility>
+
+namespace {
+
+// A program that has stopped reading must not make us keep its unread bytes for ever.
+constexpr int kMostUnsent = 1 << 20;
+
+void closeFile(int *file)
+{
+    if (*file >= 0)
+        close(*file);
+    *file = -1;
+}
+
+} // namespace
+
+SerialLine::SerialLine(const QString &name, QObject *parent)
+    : QObject(parent)
+    , m_name(name)
+{
+}
+
+SerialLine::~SerialLine()
+{
+    unplug();
+}
+
+bool SerialLine::plug()
+{
+    if (isPlugged())
+        return true;
+    if (makeLine())
+        return true;
+    dropLine();
+    return false;
+}
+
+void SerialLine::unplug()
+{
+    dropLine();
+    if (std::exchange(m_open, false))
+        emit hungUp();
+}
+
+bool SerialLine::makeLine()
+{
+    m_master = posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC | O_NONBLOCK);
+    char path[64] = {};
+    if (m_master < 0 || grantpt(m_master) != 0 || unlockpt(m_master) != 0
+        || ptsname_r(m_master, path, sizeof path) != 0)
+        return false;
+    m_outerPath = path;
+    m_watch = inotify_init1(IN_NONBLOCK | IN_CLOEXEC);
+    const QString device = QStringLiteral("/dev/") + m_name;
+    if (!resetLine()
+        || inotify_add_watch(m_watch, path, IN_OPEN | IN_CLOSE_WRITE | IN_CLOSE_NOWRITE) < 0
+        || !PrivateFiles::write(device, {})
+        || !PrivateFiles::bind(QString::fromLatin1(m_outerPath), device))
+        return false;
+    m_reader = new QSocketNotifier(m_master, QSocketNotifier::Read, this);
+    m_reader->setEnabled(false); // a line that nobody has open reads as hung up all the time
+    connect(m_reader, &QSocketNotifier::activated, this, &SerialLine::readBytes);
+    m_writer = new QSocketNotifier(m_master, QSocketNotifier::Write, this);
+    m_writer->setEnabled(false);
+    connect(m_writer, &QSocketNotifier::activated, this, &SerialLine::writeRest);
+    m_userWatcher = new QSocketNotifier(m_watch, QSocketNotifier::Read, this);
+    connect(m_userWatcher, &QSocketNotifier::activated, this, &SerialLine::updateUsers);
+    return true;
+}
+
+void SerialLine::dropLine()
+{
+    for (QSocketNotifier **notifier : {&m_reader, &m_writer, &m_userWatcher}) {
+        if (*notifier != nullptr) {
+            (*notifier)->setEnabled(false);
+            (*notifier)->deleteLater(); // it may be its own signal that brought us here
+            *notifier = nullptr;
+        }
+    }
+    const QByteArray device = "/dev/" + m_name.toLatin1();
+    umount2(device.constData(), MNT_DETACH);
+    ::unlink(device.constData());
+    closeFile(&m_master); // hangs up whoever has the other end open
+    closeFile(&m_watch);
+    m_unsent.clear();
+}
+
+// Makes the line as a real one is when it is opened for the first time, whatever the last program
+// left set. Opening and closing the outer end once also makes the kernel tell, from then on,
+// whether anybody has it open. False when a program died that had asked for sole use: nobody can
+// open this line any more.
+bool SerialLine::resetLine()
+{
+    int outer = open(m_outerPath.constData(), O_RDWR | O_NOCTTY | O_CLOEXEC | O_NONBLOCK);
+    if (outer < 0)
+        return false;
+    termios settings{};
+    if (tcgetattr(outer, &settings) == 0) {
+        cfmakeraw(&settings);
+        tcsetattr(outer, TCSANOW, &settings);
+    }
+    tcflush(outer, TCIFLUSH);
+    closeFile(&outer);
+    return true;
+}
+
+void SerialLine::readBytes()
+{
+    drain();
+    updateUsers();
+}
+
+void SerialLine::drain()
+{
+    char bytes[4096];
+    ssize_t count = 0;
+    while (m_master >= 0 && (count = read(m_master, bytes, sizeof bytes)) > 0)
+        emit received(QByteArray(bytes, static_cast<int>(count)));
+}
+
+void SerialLine::updateUsers()
+{
+    // The events only say that something changed (equal ones are merged, so they cannot be
+    // counted); whether anybody has the line open, the line itself knows.
+    char events[4096];
+    while (m_watch >= 0 && read(m_watch, events, sizeof events) > 0)
+        continue;
+    if (!isPlugged())
+        return;
+    pollfd line{m_master, POLLIN, 0};
+    poll(&line, 1, 0);
+    const bool open = (line.revents & POLLHUP) == 0;
+    if (open) {
+        m_open = true;
+        m_reader->setEnabled(true);
+        return;
+    }
+    const bool hadData = (line.revents & POLLIN) != 0;
+    if (!m_open && !hadData)
+        return;
+    m_reader->setEnabled(false);
+    m_open = true; // so that a quick program's command counts and its answer is merely lost
+    drain();
+    if (!isPlugged() || !std::exchange(m_open, false))
+        return;
+    m_unsent.clear();
+    if (!resetLine()) {
+        dropLine();
+        makeLine();
+    }
+    emit hungUp();
+}
+
+void SerialLine::send(const QByteArray &bytes)
+{
+    if (!isOpen() || m_unsent.size() + bytes.size() > kMostUnsent)
+        return;
+    m_unsent += bytes;
+    writeRest();
+}
+
+void SerialLine::writeRest()
+{
+    while (!m_unsent.isEmpty() && m_master >= 0) {
+        const ssize_t count
+            = write(m_master, m_unsent.constData(), static_cast<size_t>(m_unsent.size()));
+        if (count < 0)
+            break;
+        m_unsent.remove(0, static_cast<int>(count));
+    }
+    if (m_writer != nullptr)
+        m_writer->setEnabled(!m_unsent.isEmpty());
+}
