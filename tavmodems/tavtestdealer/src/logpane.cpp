@@ -1,0 +1,90 @@
+#include "logpane.h"
+
+#include "loggermanager.h"
+
+#include <QLoggingCategory>
+#include <QMutex>
+#include <QTextBrowser>
+
+namespace {
+
+// How long one turn of the event loop may be kept from the window: a third of what is felt as a
+// stall, since laying out and painting come on top.
+constexpr qint64 turnLimit = 30 * 1000 * 1000; // ns
+
+QString colourOf(QtMsgType type)
+{
+    switch (type) {
+    case QtWarningMsg:
+        return QStringLiteral("blue");
+    case QtCriticalMsg:
+    case QtFatalMsg:
+        return QStringLiteral("red");
+    default:
+        return QStringLiteral("black");
+    }
+}
+
+} // namespace
+
+LogPane::LogPane(QTextBrowser *pane, const QLoggingCategory &category, Lock lock)
+    : m_name(QString::fromUtf8(category.categoryName()))
+    , m_pane(pane)
+    , m_lock(lock)
+{
+    QObject::connect(&m_turn, &QTimer::timeout, [this] { goOn(); });
+    LoggerManager::setOutputs(
+        m_name, [this](QtMsgType type, const QMessageLogContext &, const QString &text) {
+            const QMutexLocker locker(m_lock ? &m_lock() : nullptr);
+            show(type, text);
+        });
+}
+
+LogPane::~LogPane()
+{
+    LoggerManager::removeOutput(m_name);
+}
+
+void LogPane::clear()
+{
+    m_waiting.clear();
+    if (m_pane)
+        m_pane->clear();
+}
+
+void LogPane::show(QtMsgType type, const QString &text)
+{
+    if (!m_pane)
+        return;
+    const QString colour = colourOf(type);
+    const QStringList lines = text.split(QLatin1Char('\n'));
+    for (const QString &line : lines) {
+        if (m_waiting.empty() && m_spent < turnLimit)
+            append({colour, line});
+        else
+            m_waiting.emplace_back(colour, line);
+    }
+    if (!m_turn.isActive())
+        m_turn.start(0);
+}
+
+void LogPane::append(const Line &line)
+{
+    QElapsedTimer clock;
+    clock.start();
+    // Both at once: a "%2" in a line of the dialer's is text, not a place to fill.
+    m_pane->append(QStringLiteral("<font color=\"%1\">%2</font>").arg(line.first, line.second));
+    m_spent += clock.nsecsElapsed();
+}
+
+void LogPane::goOn()
+{
+    const QMutexLocker locker(m_lock ? &m_lock() : nullptr);
+    m_spent = 0;
+    while (!m_waiting.empty() && m_spent < turnLimit) {
+        append(m_waiting.front());
+        m_waiting.pop_front();
+    }
+    if (m_waiting.empty() && m_spent == 0)
+        m_turn.stop();
+}

@@ -1,0 +1,53 @@
+#pragma once
+
+#include <QElapsedTimer>
+#include <QPair>
+#include <QString>
+#include <QTimer>
+
+#include <deque>
+
+class QLoggingCategory;
+class QMutex;
+class QTextBrowser;
+
+/// Shows the messages of one logging category in a text browser, coloured by their type, for as
+/// long as it lives. Every screen with a log pane owns one, made at the end of its constructor and
+/// gone before its form is.
+///
+/// Lives in the GUI thread, on which the logging back end then calls it. A message is shown before
+/// the call that logged it returns, unless there are so many of them that the window would stand
+/// still: the rest of a flood follows from the event loop, in order. A category has one pane at a
+/// time: a later LogPane takes it over.
+class LogPane
+{
+    Q_DISABLE_COPY_MOVE(LogPane)
+
+public:
+    /// Gives the mutex that serialises the appends of one class of screens.
+    using Lock = QMutex &(*)();
+
+    /// Shows category's messages in pane (not owned; nothing is shown when it is null), under the
+    /// mutex that lock gives, where there is one.
+    LogPane(QTextBrowser *pane, const QLoggingCategory &category, Lock lock = nullptr);
+
+    /// Messages logged afterwards no longer reach the pane.
+    ~LogPane();
+
+    /// Empties the pane; what is still to follow of a flood is dropped with it.
+    void clear();
+
+private:
+    using Line = QPair<QString, QString>; // colour, text
+
+    void show(QtMsgType type, const QString &text);
+    void append(const Line &line);
+    void goOn();
+
+    const QString m_name; // the category's name: the key of the output
+    QTextBrowser *const m_pane;
+    const Lock m_lock;
+    std::deque<Line> m_waiting;
+    QTimer m_turn; // runs from a line until the event loop has come round
+    qint64 m_spent = 0; // ns spent on appending in this turn
+};

@@ -1,0 +1,162 @@
+#include "maindialog.h"
+
+#include "abstractworkerthread.h"
+#include "busnames.h"
+#include "clientsettings.h"
+#include "inettester.h"
+#include "modemsettings.h"
+#include "tavbusqueryhandler.h"
+#include "ui_maindialog.h"
+
+#include <QButtonGroup>
+#include <QCloseEvent>
+#include <QDateTime>
+#include <QIcon>
+#include <QMessageBox>
+#include <QScopedValueRollback>
+
+// A static library's resources are dropped by the linker unless something asks for them. Outside
+// any namespace, as the macro demands.
+static void initResources()
+{
+    Q_INIT_RESOURCE(tavtestdialer);
+}
+
+namespace {
+
+QMessageBox::StandardButton askToSave(QWidget *parent)
+{
+    return QMessageBox::question(parent, MainDialog::tr("Test dealer closing"),
+        MainDialog::tr("Save modems settings?"),
+        QMessageBox::Save | QMessageBox::No | QMessageBox::Cancel);
+}
+
+// Not QMessageBox::question(), which shows a default button even where it is none of the buttons
+// asked for. There is nothing to choose here: Escape confirms as the one button does.
+QMessageBox::StandardButton confirmExit(QWidget *parent)
+{
+    QMessageBox box(QMessageBox::Question, MainDialog::tr("Settings saving error"),
+        MainDialog::tr("Modems settings saving error. Continue exit?"), QMessageBox::Yes, parent);
+    return static_cast<QMessageBox::StandardButton>(box.exec());
+}
+
+} // namespace
+
+MainDialog::MainDialog(QWidget *parent)
+    : QDialog(parent)
+    , ui(new Ui::MainDialog)
+{
+    initResources();
+    ui->setupUi(this);
+
+    auto *const tester = new InetTester;
+    m_testerThread = new AbstractWorkerThread(tester, this);
+    connect(tester, &InetTester::connectionExists, this, &MainDialog::connectionTested,
+        Qt::QueuedConnection);
+    m_testerThread->start();
+
+    auto *const pages = new QButtonGroup(this);
+    pages->addButton(ui->pbModems, 0);
+    pages->addButton(ui->pbEth, 1);
+    pages->setExclusive(true);
+    connect(pages, &QButtonGroup::idReleased, ui->stackedWidget, &QStackedWidget::setCurrentIndex);
+}
+
+MainDialog::~MainDialog() = default;
+
+bool MainDialog::saveSettings()
+{
+    return ui->pageModems->saveSettings();
+}
+
+void MainDialog::loadSettings()
+{
+    ui->pageModems->loadSettings();
+}
+
+void MainDialog::reject()
+{
+    if (m_isConfirmed)
+        QDialog::reject(); // closeEvent() of the base class comes here
+    else
+        close();
+}
+
+void MainDialog::connectionTested(bool exists)
+{
+    ui->toolButton->setIcon(
+        QIcon(exists ? QStringLiteral(":/greenled.png") : QStringLiteral(":/redled.png")));
+    ui->toolButton->setToolTip(exists ? tr("Connection on") : tr("Connection off"));
+}
+
+void MainDialog::changeEvent(QEvent *event)
+{
+    QDialog::changeEvent(event);
+    if (event->type() == QEvent::LanguageChange)
+        ui->retranslateUi(this);
+}
+
+void MainDialog::closeEvent(QCloseEvent *event)
+{
+    // Another request, which the window manager may send at any time, changes nothing.
+    if (m_isClosing || ui->pageModems->workIsStarted()) {
+        event->ignore();
+        return;
+    }
+    const QScopedValueRollback<bool> closing(m_isClosing, true);
+    setEnabled(false);
+    stopTester();
+    if (!sendSettings()) {
+        if (confirmExit(this) == QMessageBox::Yes)
+            finishClosing(event);
+        else
+            stayOpen(event);
+        return;
+    }
+    QCoreApplication::processEvents();
+    QCoreApplication::processEvents();
+    switch (askToSave(this)) {
+    case QMessageBox::Save:
+        // The page has told the user when it could not; the window goes all the same.
+        if (saveSettings())
+            finishClosing(event);
+        break;
+    case QMessageBox::No:
+        finishClosing(event);
+        break;
+    default:
+        stayOpen(event);
+    }
+}
+
+void MainDialog::stopTester()
+{
+    if (!m_testerThread)
+        return;
+    m_testerThread->quit();
+    while (m_testerThread->isRunning())
+        QCoreApplication::processEvents();
+}
+
+bool MainDialog::sendSettings()
+{
+    tavbus::TavBusQueryHandler handler(tavbus::BUSNAME_TESTDEALER, this);
+    tavbus::ClientSettings settings;
+    settings.setDescription(tr("From test dealer"));
+    settings.setDt(QDateTime::currentDateTime());
+    settings.setOwner(tavbus::BUSNAME_TESTDEALER);
+    settings.setSettings(ModemSettings().toSettingsList());
+    return handler.open() && handler.saveSettings(settings);
+}
+
+void MainDialog::finishClosing(QCloseEvent *event)
+{
+    m_isConfirmed = true;
+    QDialog::closeEvent(event);
+}
+
+void MainDialog::stayOpen(QCloseEvent *event)
+{
+    setEnabled(true);
+    event->ignore();
+}

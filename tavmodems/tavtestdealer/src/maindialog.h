@@ -1,0 +1,46 @@
+#pragma once
+
+#include <QDialog>
+
+#include <memory>
+
+class AbstractWorkerThread;
+namespace Ui {
+class MainDialog;
+}
+
+/// The program's window: its pages, the Internet indicator and the Close button. Owns the Internet
+/// checker and its thread.
+class MainDialog : public QDialog
+{
+    Q_OBJECT
+    Q_DISABLE_COPY_MOVE(MainDialog)
+
+public:
+    explicit MainDialog(QWidget *parent = nullptr);
+    ~MainDialog() override;
+
+    bool saveSettings();
+    void loadSettings();
+
+    /// Escape comes this way, past closeEvent(): it closes the window as its Close button does.
+    void reject() override;
+
+public slots:
+    void connectionTested(bool exists);
+
+protected:
+    void changeEvent(QEvent *event) override;
+    void closeEvent(QCloseEvent *event) override;
+
+private:
+    void stopTester();
+    bool sendSettings();
+    void finishClosing(QCloseEvent *event);
+    void stayOpen(QCloseEvent *event);
+
+    const std::unique_ptr<Ui::MainDialog> ui;
+    AbstractWorkerThread *m_testerThread = nullptr; // child of this
+    bool m_isClosing = false; // a close is under way, which processes events
+    bool m_isConfirmed = false; // the user has confirmed it
+};

@@ -1,0 +1,114 @@
+#include "testdialwidget.h"
+
+#include "atmodem.h"
+#include "busnames.h"
+#include "logpane.h"
+#include "modemsettings.h"
+#include "servicescontroller.h"
+#include "testmodemscfg.h"
+#include "ui_testdialwidget.h"
+
+namespace {
+
+constexpr int highestBaudrate = 57600;
+constexpr int openAttempts = 3;
+
+} // namespace
+
+TestDialWidget::TestDialWidget(QWidget *parent, const QString &dialer)
+    : QWidget(parent)
+    , ui(new Ui::TestDialWidget)
+    , m_wvdial(new Wvdial(this, dialer))
+    , m_servicesController(new ServicesController(tavbus::BUSNAME_TESTDEALER, this))
+{
+    ui->setupUi(this);
+    connect(ui->pbStop, &QPushButton::released, m_wvdial, &Wvdial::stop);
+    connect(m_wvdial, &Wvdial::dialdowned, m_servicesController,
+        &ServicesController::startModemsService);
+    // A dial that never came to run ends the test like one that did.
+    connect(m_wvdial, &Wvdial::dialNotStarted, m_servicesController,
+        &ServicesController::startModemsService);
+    connect(m_servicesController, &ServicesController::modemsServiceStopped, this,
+        &TestDialWidget::startTest);
+    connect(m_servicesController, &ServicesController::modemsServiceStarted, this,
+        &TestDialWidget::finished);
+    connect(this, &TestDialWidget::started, this, &TestDialWidget::workStarted);
+    connect(this, &TestDialWidget::finished, this, &TestDialWidget::workFinished);
+    setupLogger();
+}
+
+TestDialWidget::~TestDialWidget()
+{
+    m_logPane.reset();
+}
+
+void TestDialWidget::testDial()
+{
+    ui->tbLog->clear();
+    if (ui->cbModem->currentIndex() < 0)
+        return;
+    const ModemInfo modem = ModemSettings().modems().value(ui->cbModem->currentText());
+    TestModemsCfg config;
+    TestModemsCfg::setActiveModemName(modem.connectionName());
+    config.setModems({{modem.connectionName(), modem}});
+    if (!config.lastError().isEmpty()) {
+        qCWarning(DIALUP).noquote() << QStringLiteral("The dialer's file %1 was not written: %2")
+                                           .arg(TestModemsCfg::configPath(), config.lastError());
+    }
+    if (m_servicesController)
+        m_servicesController->stopModemsService();
+    emit started();
+}
+
+void TestDialWidget::startTest()
+{
+    if (!m_wvdial)
+        return;
+    m_wvdial->stop();
+    const QString name = ui->cbModem->currentText();
+    const ModemInfo modem = ModemSettings().modems().value(name);
+    auto *const driver = new AtModem(this);
+    // Whatever comes of it: Wvdial resets the modem again and says what is wrong with it.
+    driver->open(modem.portName(), qMin(modem.baudrate(), highestBaudrate), openAttempts);
+    driver->reset(false);
+    driver->beforeDial();
+    driver->close();
+    driver->deleteLater();
+    m_wvdial->start(name);
+}
+
+void TestDialWidget::workStarted()
+{
+    ui->pbStop->setEnabled(true);
+    ui->cbDial->setEnabled(false);
+}
+
+void TestDialWidget::workFinished()
+{
+    ui->pbStop->setEnabled(false);
+    ui->cbDial->setEnabled(true);
+}
+
+void TestDialWidget::showEvent(QShowEvent *event)
+{
+    loadModems();
+    QWidget::showEvent(event);
+}
+
+void TestDialWidget::changeEvent(QEvent *event)
+{
+    QWidget::changeEvent(event);
+    if (event->type() == QEvent::LanguageChange)
+        ui->retranslateUi(this);
+}
+
+void TestDialWidget::loadModems()
+{
+    ui->cbModem->clear();
+    ui->cbModem->insertItems(ui->cbModem->count(), ModemSettings().connectionsOrder());
+}
+
+void TestDialWidget::setupLogger()
+{
+    m_logPane = std::make_unique<LogPane>(ui->tbLog, DIALUP());
+}

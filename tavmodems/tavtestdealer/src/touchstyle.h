@@ -1,0 +1,27 @@
+#pragma once
+
+#include <QProxyStyle>
+
+/// Qt's own style with what a finger needs: push buttons and the rows of opened lists and menus at
+/// least 48 pixels high, scroll bars wide enough to be grabbed. A style, not a style sheet: that
+/// would slow every widget down, the first window above all.
+class TouchStyle : public QProxyStyle
+{
+    Q_OBJECT
+    Q_DISABLE_COPY_MOVE(TouchStyle)
+
+public:
+    TouchStyle();
+    ~TouchStyle() override;
+
+    /// Text that can be read at arm's length, wherever a form sets no size. Unlike the style it can
+    /// only be set once there is an application object.
+    static void enlargeText();
+
+    QSize sizeFromContents(ContentsType type, const QStyleOption *option, const QSize &size,
+        const QWidget *widget) const override;
+    int styleHint(StyleHint hint, const QStyleOption *option, const QWidget *widget,
+        QStyleHintReturn *returnData) const override;
+    int pixelMetric(
+        PixelMetric metric, const QStyleOption *option, const QWidget *widget) const override;
+};

@@ -1,0 +1,279 @@
+#include "loggermanager.h"
+#include "logpane.h"
+#include "waitdialog.h"
+
+#include <QDialogButtonBox>
+#include <QElapsedTimer>
+#include <QMutex>
+#include <QPointer>
+#include <QPushButton>
+#include <QScrollBar>
+#include <QSignalSpy>
+#include <QTemporaryDir>
+#include <QTest>
+#include <QTextBlock>
+#include <QTextBrowser>
+#include <QTimer>
+#include <QVBoxLayout>
+
+#include <memory>
+#include <thread>
+
+Q_LOGGING_CATEGORY(PANE, "panetest")
+Q_LOGGING_CATEGORY(OTHER, "othertest")
+
+namespace {
+
+struct Paragraph
+{
+    QString text;
+    QColor colour;
+};
+
+QList<Paragraph> paragraphs(const QTextBrowser *pane)
+{
+    QList<Paragraph> result;
+    for (QTextBlock block = pane->document()->begin(); block.isValid(); block = block.next()) {
+        Paragraph paragraph;
+        paragraph.text = block.text();
+        for (auto it = block.begin(); !it.atEnd(); ++it)
+            paragraph.colour = it.fragment().charFormat().foreground().color();
+        result.append(paragraph);
+    }
+    return result;
+}
+
+QStringList texts(const QTextBrowser *pane)
+{
+    QStringList result;
+    for (const Paragraph &paragraph : paragraphs(pane))
+        result.append(paragraph.text);
+    return result;
+}
+
+QMutex &mutex()
+{
+    static auto *const given = new QMutex;
+    return *given;
+}
+
+/// The longest time for which the event loop did not come round.
+class StallWatch
+{
+public:
+    StallWatch()
+    {
+        m_since.start();
+        QObject::connect(
+            &m_timer, &QTimer::timeout, [this] { m_longest = qMax(m_longest, m_since.restart()); });
+        m_timer.start(0);
+    }
+    qint64 longest() const { return m_longest; }
+
+private:
+    QTimer m_timer;
+    QElapsedTimer m_since;
+    qint64 m_longest = 0;
+};
+
+} // namespace
+
+class LogPaneTest : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void initTestCase() { LoggerManager::initLog(m_directory.path(), 2, false, QtDebugMsg); }
+    void cleanupTestCase() { LoggerManager::releaseLog(); }
+
+    void colourFollowsTheType_data()
+    {
+        QTest::addColumn<int>("type");
+        QTest::addColumn<QColor>("colour");
+        QTest::newRow("debug") << int(QtDebugMsg) << QColor(Qt::black);
+        QTest::newRow("info") << int(QtInfoMsg) << QColor(Qt::black);
+        QTest::newRow("warning") << int(QtWarningMsg) << QColor(Qt::blue);
+        QTest::newRow("critical") << int(QtCriticalMsg) << QColor(Qt::red);
+    }
+    void colourFollowsTheType()
+    {
+        QFETCH(int, type);
+        QFETCH(QColor, colour);
+        QTextBrowser browser;
+        const LogPane pane(&browser, PANE());
+        const QMessageLogger logger(nullptr, 0, nullptr, "panetest");
+        switch (type) {
+        case QtDebugMsg:
+            logger.debug("text");
+            break;
+        case QtInfoMsg:
+            logger.info("text");
+            break;
+        case QtWarningMsg:
+            logger.warning("text");
+            break;
+        default:
+            logger.critical("text");
+        }
+        const QList<Paragraph> shown = paragraphs(&browser);
+        QCOMPARE(shown.size(), 1);
+        QCOMPARE(shown.first().text, QStringLiteral("text"));
+        QCOMPARE(shown.first().colour, colour);
+    }
+
+    void everyLineIsAParagraphOfTheSameColour()
+    {
+        QTextBrowser browser;
+        const LogPane pane(&browser, PANE());
+        qCWarning(PANE, "a\nb");
+        const QList<Paragraph> shown = paragraphs(&browser);
+        QCOMPARE(texts(&browser), QStringList({QStringLiteral("a"), QStringLiteral("b")}));
+        QCOMPARE(shown.at(0).colour, QColor(Qt::blue));
+        QCOMPARE(shown.at(1).colour, QColor(Qt::blue));
+    }
+
+    void emptyLinesAreKept()
+    {
+        QTextBrowser browser;
+        const LogPane pane(&browser, PANE());
+        qCDebug(PANE, "first");
+        qCDebug(PANE, "a\n\nb\n");
+        QCOMPARE(texts(&browser),
+            QStringList({QStringLiteral("first"), QStringLiteral("a"), QString(),
+                QStringLiteral("b"), QString()}));
+    }
+
+    void markupIsInsertedAsItStands()
+    {
+        QTextBrowser browser;
+        const LogPane pane(&browser, PANE());
+        qCDebug(PANE, "<b>bold</b> &lt;x&gt;");
+        QCOMPARE(texts(&browser), QStringList{QStringLiteral("bold <x>")});
+    }
+
+    void placeMarkersInAMessageStayText()
+    {
+        QTextBrowser browser;
+        const LogPane pane(&browser, PANE());
+        qCDebug(PANE, "%s", "%1 %2 100%");
+        QCOMPARE(texts(&browser), QStringList{QStringLiteral("%1 %2 100%")});
+    }
+
+    void otherCategoriesAreNotShown()
+    {
+        QTextBrowser browser;
+        const LogPane pane(&browser, PANE());
+        qCWarning(OTHER, "not here");
+        qWarning("nor this");
+        QCOMPARE(browser.toPlainText(), QString());
+    }
+
+    void paneThatIsNullShowsNothing()
+    {
+        const LogPane pane(nullptr, PANE(), mutex);
+        qCWarning(PANE, "nobody sees it");
+        QVERIFY(mutex().tryLock());
+        mutex().unlock();
+    }
+
+    void goneIsGone()
+    {
+        QTextBrowser browser;
+        auto pane = std::make_unique<LogPane>(&browser, PANE());
+        qCWarning(PANE, "one");
+        pane.reset();
+        qCWarning(PANE, "two");
+        QCOMPARE(texts(&browser), QStringList{QStringLiteral("one")});
+    }
+
+    void lockIsHeldWhileLinesAreAppended()
+    {
+        QTextBrowser browser;
+        const LogPane pane(&browser, PANE(), mutex);
+        int appended = 0;
+        connect(&browser, &QTextBrowser::textChanged, this, [&appended] {
+            std::thread([&appended] {
+                if (!mutex().tryLock())
+                    ++appended;
+                else
+                    mutex().unlock();
+            }).join();
+        });
+        qCDebug(PANE, "a\nb");
+        QVERIFY(appended >= 2);
+        QVERIFY(mutex().tryLock());
+        mutex().unlock();
+    }
+
+    void messagesOfOtherThreadsArriveInOrder()
+    {
+        QTextBrowser browser;
+        const LogPane pane(&browser, PANE(), mutex);
+        std::thread([] {
+            for (int i = 0; i < 100; ++i)
+                qCDebug(PANE, "%d", i);
+        }).join();
+        QTRY_COMPARE(browser.document()->blockCount(), 100);
+        for (int i = 0; i < 100; ++i)
+            QCOMPARE(texts(&browser).at(i), QString::number(i));
+    }
+
+    void viewFollowsTheEndWhileItIsThere()
+    {
+        QTextBrowser browser;
+        browser.resize(300, 200);
+        browser.show();
+        const LogPane pane(&browser, PANE());
+        for (int i = 0; i < 200; ++i)
+            qCDebug(PANE, "line %d", i);
+        auto *const bar = browser.verticalScrollBar();
+        QTRY_VERIFY(bar->maximum() > 0);
+        QCOMPARE(bar->value(), bar->maximum());
+        bar->setValue(0);
+        qCDebug(PANE, "one more");
+        QCOMPARE(bar->value(), 0);
+    }
+
+    void floodFromAnotherThreadKeepsTheEventLoopRunning()
+    {
+        QTextBrowser browser;
+        browser.resize(780, 400);
+        browser.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&browser));
+        const LogPane pane(&browser, PANE());
+        const StallWatch watch;
+        std::thread flood([] {
+            for (int i = 0; i < 20000; ++i)
+                qCDebug(PANE, "--> Modem line %d: Carrier detected, waiting for prompt.", i);
+        });
+        QTRY_COMPARE_WITH_TIMEOUT(browser.document()->blockCount(), 20000, 60000);
+        flood.join();
+        QCOMPARE(browser.document()->lastBlock().text(),
+            QStringLiteral("--> Modem line 19999: Carrier detected, waiting for prompt."));
+        qInfo("longest stall %lld ms", watch.longest());
+        QVERIFY(watch.longest() <= 100);
+    }
+
+    void floodFromTheGuiThreadIsShownWhole()
+    {
+        QTextBrowser browser;
+        browser.resize(780, 400);
+        browser.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&browser));
+        const LogPane pane(&browser, PANE());
+        const StallWatch watch;
+        QElapsedTimer clock;
+        clock.start();
+        for (int i = 0; i < 20000; ++i)
+            qCDebug(PANE, "--> Modem line %d: Carrier detected, waiting for prompt.", i);
+        qInfo("20000 messages in %lld ms", clock.elapsed());
+        QTRY_COMPARE_WITH_TIMEOUT(browser.document()->blockCount(), 20000, 60000);
+        qInfo("longest stall %lld ms", watch.longest());
+    }
+
+private:
+    QTemporaryDir m_directory;
+};
+
+QTEST_MAIN(LogPaneTest)
+#include "tst_logpane.moc"
