@@ -22,12 +22,7 @@ constexpr std::chrono::milliseconds kLongestRetry = 30s;
 TavBusAgent::TavBusAgent(const QString &agent, QObject *parent)
     : QObject(parent)
     , m_link(new BrokerLink(agent, BrokerLink::Role::Listens, this))
-    , m_brokerWatcher(new QDBusServiceWatcher(this))
 {
-    m_brokerWatcher->setWatchMode(QDBusServiceWatcher::WatchForOwnerChange);
-    m_brokerWatcher->addWatchedService(BROKER_SERVICE);
-    connect(m_brokerWatcher, &QDBusServiceWatcher::serviceOwnerChanged, this,
-        &TavBusAgent::brokerChanged);
     connect(m_link, &BrokerLink::opened, this, &TavBusAgent::listen);
     connect(m_link, &BrokerLink::connectionLost, this, &TavBusAgent::cutOff);
     m_retry.setSingleShot(true);
@@ -104,7 +99,17 @@ void TavBusAgent::setOpen(bool open)
 void TavBusAgent::listen()
 {
     // Before the registration, so that not even its first command is missed.
-    m_brokerWatcher->setConnection(m_link->bus());
+    // The watcher goes with the proxy, or it would keep the connection open.
+    auto *const watcher = new QDBusServiceWatcher(
+        BROKER_SERVICE, m_link->bus(), QDBusServiceWatcher::WatchForOwnerChange, m_link->broker());
+    // Queued: the watcher goes on after this signal, and a listener of closed() may delete the
+    // agent.
+    connect(
+        watcher, &QDBusServiceWatcher::serviceOwnerChanged, m_link->broker(),
+        [this](const QString & /*service*/, const QString & /*before*/, const QString &now) {
+            brokerChanged(now);
+        },
+        Qt::QueuedConnection);
     connect(m_link->broker(), &TavBus1Proxy::commandReceived, this,
         [this](const QString &agent, const QString &name, const QVariantMap &data) {
             const auto plain = wire::checked(data, wire::kMaxState);
@@ -118,14 +123,12 @@ void TavBusAgent::listen()
         });
 }
 
-void TavBusAgent::brokerChanged(
-    const QString & /*service*/, const QString & /*before*/, const QString &now)
+void TavBusAgent::brokerChanged(const QString &owner)
 {
     if (!m_wanted)
         return;
-    // The first registration at a broker that has just been started comes by here as well; it is
-    // the same to the broker.
-    if (now.isEmpty())
+    // A registration that started the broker comes by here too: twice is the same to the broker.
+    if (owner.isEmpty())
         cutOff();
     else
         registerAgain();

@@ -6,8 +6,6 @@
 #include <QObject>
 #include <QTimer>
 
-class QDBusServiceWatcher;
-
 namespace tavbus {
 
 class BrokerLink;
@@ -51,13 +49,12 @@ signals:
 private:
     void setOpen(bool open);
     void listen();
-    void brokerChanged(const QString &service, const QString &before, const QString &now);
+    void brokerChanged(const QString &owner);
     void cutOff();
     void tryAgain();
     void registerAgain();
 
     BrokerLink *const m_link; // child of this
-    QDBusServiceWatcher *const m_brokerWatcher; // child of this
     QTimer m_retry; // runs while opened but cut off
     bool m_wanted = false; // between open() and close()
     bool m_open = false;

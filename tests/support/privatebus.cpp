@@ -6,6 +6,7 @@
 #include <QDeadlineTimer>
 #include <QDir>
 #include <QFile>
+#include <QRegularExpression>
 #include <QThread>
 
 #include <csignal>
@@ -148,6 +149,12 @@ void PrivateBus::freeze()
 void PrivateBus::thaw()
 {
     ::kill(pid_t(pid()), SIGCONT);
+}
+
+int PrivateBus::connections() const
+{
+    const QStringList names = Question(m_address).bus()->registeredServiceNames();
+    return names.filter(QRegularExpression(QStringLiteral("^:"))).size() - 1; // the asking one
 }
 
 qint64 PrivateBus::brokerPid() const

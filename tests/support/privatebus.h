@@ -42,6 +42,8 @@ public:
     void freeze();
     void thaw();
     qint64 pid() const { return m_daemon->processId(); }
+    /// How many connections it has, the broker's included.
+    int connections() const;
 
     /// The broker: 0 when none runs. Asking does not start it.
     qint64 brokerPid() const;

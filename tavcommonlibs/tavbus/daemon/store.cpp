@@ -164,6 +164,7 @@ Store::Opened Store::tryOpen(const QString &file)
     close();
     m_database = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), kConnection);
     m_database.setDatabaseName(file);
+    m_database.setConnectOptions(QStringLiteral("QSQLITE_BUSY_TIMEOUT=%1").arg(m_patience.count()));
     if (!m_database.open())
         return failed(m_database.lastError());
     Opened opened = prepareSchema();
@@ -182,7 +183,7 @@ Store::Opened Store::prepareSchema()
             return failed(query.lastError());
     }
     if (!query.next() || query.value(0).toString() != QLatin1String("ok")) {
-        m_error = query.value(0).toString();
+        m_error = query.value(0).toString().simplified();
         return Opened::Damaged;
     }
     if (!query.exec(QStringLiteral("PRAGMA user_version")) || !query.next())

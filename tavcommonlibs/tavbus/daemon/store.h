@@ -9,6 +9,7 @@
 #include <QSqlQuery>
 #include <QString>
 
+#include <chrono>
 #include <memory>
 #include <optional>
 
@@ -39,6 +40,8 @@ public:
     /// FILE.damaged-TIME, logged) and an empty one takes its place. False with errorText() when
     /// it belongs to a later version, is in use, or cannot be made.
     bool open(const QString &file);
+    /// How long open() waits for a former broker to let go of the database, 5 s at first.
+    void setPatience(std::chrono::milliseconds patience) { m_patience = patience; }
     QString errorText() const { return m_error; }
 
     Change saveSettings(const ClientSettings &settings);
@@ -62,6 +65,7 @@ private:
     bool run(QSqlQuery &query);
     void close();
 
+    std::chrono::milliseconds m_patience{5000};
     QString m_error;
     QSqlDatabase m_database;
     std::unique_ptr<Statements> m_statements;

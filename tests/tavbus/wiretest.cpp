@@ -1,0 +1,180 @@
+#include "wire.h"
+
+#include <QTest>
+
+#include <limits>
+
+using namespace tavbus;
+
+namespace {
+
+// A value inside \a levels lists.
+QVariant nested(int levels)
+{
+    QVariant value = 1;
+    for (int i = 0; i < levels; ++i)
+        value = QVariantList({value});
+    return value;
+}
+
+} // namespace
+
+class WireTest : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void names_data();
+    void names();
+    void values_data();
+    void values();
+    void valuesThatCannotCross_data();
+    void valuesThatCannotCross();
+    void damagedBytes_data();
+    void damagedBytes();
+    void sizeLimitIsThatOfThePackedValue();
+    void timeStamps_data();
+    void timeStamps();
+};
+
+void WireTest::names_data()
+{
+    QTest::addColumn<QString>("name");
+    QTest::addColumn<bool>("good");
+
+    QTest::newRow("an agent") << QStringLiteral("testdealer") << true;
+    QTest::newRow("all kinds of characters") << QStringLiteral("AZ.az_09-") << true;
+    QTest::newRow("one character") << QStringLiteral("a") << true;
+    QTest::newRow("longest") << QString(255, QLatin1Char('a')) << true;
+    QTest::newRow("one too long") << QString(256, QLatin1Char('a')) << false;
+    QTest::newRow("empty") << QString() << false;
+    QTest::newRow("blank") << QStringLiteral("a b") << false;
+    QTest::newRow("line end") << QStringLiteral("a\n") << false;
+    QTest::newRow("slash") << QStringLiteral("../a") << false;
+    QTest::newRow("quote") << QStringLiteral("a'b") << false;
+    QTest::newRow("letter outside ASCII") << QStringLiteral("\u00e4") << false;
+    QTest::newRow("digit outside ASCII") << QStringLiteral("\u0663") << false;
+    QTest::newRow("NUL") << QString(QChar(QChar::Null)) << false;
+}
+
+void WireTest::names()
+{
+    QFETCH(const QString, name);
+    QFETCH(const bool, good);
+    QCOMPARE(wire::isName(name), good);
+}
+
+void WireTest::values_data()
+{
+    QTest::addColumn<QVariant>("value");
+
+    QTest::newRow("true") << QVariant(true);
+    QTest::newRow("smallest int") << QVariant(std::numeric_limits<int>::min());
+    QTest::newRow("largest uint") << QVariant(std::numeric_limits<uint>::max());
+    QTest::newRow("smallest qlonglong") << QVariant(std::numeric_limits<qlonglong>::min());
+    QTest::newRow("largest qulonglong") << QVariant(std::numeric_limits<qulonglong>::max());
+    QTest::newRow("double") << QVariant(0.1);
+    QTest::newRow("infinite") << QVariant(std::numeric_limits<double>::infinity());
+    QTest::newRow("empty text") << QVariant(QStringLiteral(""));
+    QTest::newRow("text outside the basic plane") << QVariant(QStringLiteral("\U0001F4DE \u00e4"));
+    QTest::newRow("empty bytes") << QVariant(QByteArray(""));
+    QTest::newRow("bytes with NUL") << QVariant(QByteArray("\0\xff\r\n", 4));
+    QTest::newRow("empty string list") << QVariant(QStringList());
+    QTest::newRow("string list") << QVariant(QStringList({QStringLiteral("AT"), QString()}));
+    QTest::newRow("empty list") << QVariant(QVariantList());
+    QTest::newRow("empty map") << QVariant(QVariantMap());
+    QTest::newRow("table of nested maps") << QVariant(QVariantMap(
+        {{QStringLiteral("a"), QVariantMap({{QStringLiteral("b"), QVariantList({1, 2U})}})},
+            {QString(), QVariantMap()}, {QStringLiteral("c"), QStringList()}}));
+    QTest::newRow("deepest") << nested(wire::kMaxDepth);
+}
+
+void WireTest::values()
+{
+    QFETCH(const QVariant, value);
+    const auto plain = wire::unwrapped(value);
+    QVERIFY(plain);
+    QCOMPARE(plain->userType(), value.userType());
+    QCOMPARE(*plain, value);
+    const auto unpacked = wire::unpacked(wire::packed(value));
+    QVERIFY(unpacked);
+    QCOMPARE(unpacked->userType(), value.userType());
+    QCOMPARE(*unpacked, value);
+}
+
+void WireTest::valuesThatCannotCross_data()
+{
+    QTest::addColumn<QVariant>("value");
+
+    const QString nul = QStringLiteral("a") + QChar(QChar::Null);
+    QTest::newRow("invalid") << QVariant();
+    QTest::newRow("invalid in a list") << QVariant(QVariantList({1, QVariant()}));
+    QTest::newRow("text with NUL") << QVariant(nul);
+    QTest::newRow("text with half a surrogate pair") << QVariant(QString(QChar(0xd800)));
+    QTest::newRow("string list with NUL") << QVariant(QStringList({nul}));
+    QTest::newRow("key with NUL") << QVariant(QVariantMap({{nul, 1}}));
+    QTest::newRow("date and time") << QVariant(QDateTime::currentDateTime());
+    QTest::newRow("character") << QVariant(QChar(QLatin1Char('a')));
+    QTest::newRow("float") << QVariant(1.0F);
+    QTest::newRow("hash") << QVariant(QVariantHash());
+    QTest::newRow("one too deep") << nested(wire::kMaxDepth + 1);
+    QTest::newRow("far too deep") << nested(2000);
+}
+
+void WireTest::valuesThatCannotCross()
+{
+    QFETCH(const QVariant, value);
+    QVERIFY(!wire::unwrapped(value));
+}
+
+void WireTest::damagedBytes_data()
+{
+    QTest::addColumn<QByteArray>("bytes");
+
+    const QByteArray good = wire::packed(QVariantList({1, QStringLiteral("two")}));
+    QTest::newRow("none") << QByteArray();
+    QTest::newRow("cut off") << good.left(good.size() - 1);
+    QTest::newRow("too long") << good + 'x';
+    QTest::newRow("not ours") << QByteArray("settings");
+    QTest::newRow("length of a list out of bounds")
+        << QByteArray::fromHex("0000000900ffffffff00000002");
+}
+
+void WireTest::damagedBytes()
+{
+    QFETCH(const QByteArray, bytes);
+    QVERIFY(!wire::unpacked(bytes));
+}
+
+void WireTest::sizeLimitIsThatOfThePackedValue()
+{
+    const QVariantList list{QByteArray(1000, 'x')};
+    const int size = wire::packed(list).size();
+    QVERIFY(wire::checked(list, size));
+    QVERIFY(!wire::checked(list, size - 1));
+    const QVariantMap map{{QStringLiteral("a"), list}};
+    QVERIFY(wire::checked(map, wire::packed(map).size()));
+    QVERIFY(!wire::checked(map, size));
+}
+
+void WireTest::timeStamps_data()
+{
+    QTest::addColumn<QDateTime>("dt");
+
+    QTest::newRow("now") << QDateTime::fromMSecsSinceEpoch(1700000000123);
+    QTest::newRow("epoch") << QDateTime::fromMSecsSinceEpoch(0);
+    QTest::newRow("before the epoch") << QDateTime::fromMSecsSinceEpoch(-1);
+    QTest::newRow("far future") << QDateTime({9999, 12, 31}, {23, 59, 59, 999}, Qt::UTC);
+    QTest::newRow("none") << QDateTime();
+}
+
+void WireTest::timeStamps()
+{
+    QFETCH(const QDateTime, dt);
+    const QDateTime back = wire::toDateTime(wire::fromDateTime(dt));
+    QCOMPARE(back.isValid(), dt.isValid());
+    QCOMPARE(back, dt);
+}
+
+QTEST_APPLESS_MAIN(WireTest)
+#include "wiretest.moc"
