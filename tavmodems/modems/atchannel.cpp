@@ -93,7 +93,7 @@ AtReply AtChannel::exchange(
     skipOldInput(deadline);
     qCDebug(AT_MODEM).noquote() << m_name << "->" << atsecrets::masked(command);
     if (!write(bytes, deadline))
-        return end(m_isGone() ? AtReply::Status::PortGone : AtReply::Status::Timeout);
+        return end(deadline.hasExpired() ? AtReply::Status::Timeout : AtReply::Status::PortGone);
 
     int received = 0;
     bool echoed = false;
@@ -137,7 +137,8 @@ bool AtChannel::write(const QByteArray &bytes, const QDeadlineTimer &deadline)
     if (m_isGone() || m_device->write(bytes) != bytes.size())
         return false;
     while (m_device->bytesToWrite() > 0) {
-        if (!m_device->waitForBytesWritten(remaining(deadline)))
+        if (!m_device->waitForBytesWritten(remaining(deadline))
+            && (deadline.hasExpired() || m_isGone()))
             return false;
     }
     return true;

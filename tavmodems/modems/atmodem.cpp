@@ -68,7 +68,7 @@ public:
     bool restoreCommandState();
     bool switchRadioOn();
     bool waitForSim();
-    bool waitForRegistration();
+    bool waitForRegistration(milliseconds longest);
     bool sendAll(const QList<QByteArray> &commands);
     AtReply ask(const QByteArray &command, milliseconds limit);
     bool pause();
@@ -133,7 +133,7 @@ void AtModem::reset(bool waitForNetwork)
         return;
     d->lastError.clear();
     if (d->restoreCommandState() && waitForNetwork && d->switchRadioOn() && d->waitForSim())
-        d->waitForRegistration();
+        d->waitForRegistration(registrationLimit());
 }
 
 void AtModem::beforeDial()
@@ -149,6 +149,11 @@ void AtModem::beforeDial()
 void AtModem::close()
 {
     d->close();
+}
+
+milliseconds AtModem::registrationLimit() const
+{
+    return kRegistered;
 }
 
 // The first question is the plainest; the further ones also undo what may have kept its answer
@@ -247,9 +252,9 @@ bool AtModem::Private::waitForSim()
     }
 }
 
-bool AtModem::Private::waitForRegistration()
+bool AtModem::Private::waitForRegistration(milliseconds longest)
 {
-    const QDeadlineTimer limit(kRegistered);
+    const QDeadlineTimer limit(longest);
     for (;;) {
         bool denied = false;
         for (const QByteArray &name :

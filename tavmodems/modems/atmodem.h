@@ -5,6 +5,7 @@
 #include <QObject>
 #include <QString>
 
+#include <chrono>
 #include <memory>
 
 /**
@@ -58,6 +59,10 @@ public:
 
     /** Closes the port and gives it free for other programs. */
     void close();
+
+protected:
+    /** How long reset() waits for a network. */
+    virtual std::chrono::milliseconds registrationLimit() const;
 
 private:
     class Private;

@@ -31,7 +31,8 @@ namespace {
 constexpr std::chrono::seconds kHalfWritten = 10s;
 
 // The files this process holds: one that bears our number and is not among them was left by an
-// earlier process of the same number.
+// earlier process of the same number. The mutex is held while files are made and removed, so that
+// the two always agree.
 struct Held
 {
     QMutex mutex;
@@ -43,12 +44,6 @@ Held &held()
 {
     static Held theHeld;
     return theHeld;
-}
-
-bool isHeldHere(const QString &path)
-{
-    const QMutexLocker locker(&held().mutex);
-    return held().files.contains(path);
 }
 
 class Descriptor
@@ -85,6 +80,7 @@ LockContent readLock(const QByteArray &path)
     LockContent content;
     if (file.get() < 0) {
         content.exists = errno != ENOENT;
+        content.fresh = errno == EACCES; // somebody's, and not for us to judge
         return content;
     }
     content.exists = true;
@@ -95,10 +91,10 @@ LockContent readLock(const QByteArray &path)
     content.fresh = qAbs(age) < kHalfWritten.count();
     char buffer[32] = {};
     const ssize_t size = ::read(file.get(), buffer, sizeof buffer - 1);
+    // Some programs add their name and user.
+    const QByteArray text(buffer, static_cast<int>(qMax<ssize_t>(size, 0)));
     bool isText = false;
-    const qlonglong number = QByteArray(buffer, static_cast<int>(qMax<ssize_t>(size, 0)))
-                                 .trimmed()
-                                 .toLongLong(&isText);
+    const qlonglong number = text.simplified().split(' ').first().toLongLong(&isText);
     int binary = 0;
     if (isText && number > 0) {
         content.pid = number;
@@ -120,20 +116,15 @@ bool isStale(const LockContent &content, const QString &path)
     if (content.pid == 0)
         return !content.fresh;
     if (content.pid == ::getpid())
-        return !isHeldHere(path);
+        return !held().files.contains(path);
     return !isAlive(content.pid);
 }
 
 // A file of its own name with our number in it; empty when there is none to be had.
 QByteArray writeOwn(const QString &directory)
 {
-    int number = 0;
-    {
-        const QMutexLocker locker(&held().mutex);
-        number = ++held().counter;
-    }
     const QByteArray path = QFile::encodeName(
-        QStringLiteral("%1/LTMP.%2.%3").arg(directory).arg(::getpid()).arg(number));
+        QStringLiteral("%1/LTMP.%2.%3").arg(directory).arg(::getpid()).arg(++held().counter));
     ::unlink(path.constData());
     const Descriptor file(
         ::open(path.constData(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0644));
@@ -201,53 +192,47 @@ bool PortLock::lock(const QString &device)
 
 PortLock::Outcome PortLock::lockFile(const QString &path)
 {
+    const QMutexLocker locker(&held().mutex);
     const QByteArray file = QFile::encodeName(path);
-    // Twice: once more after a stale lock was taken away.
-    for (int attempt = 0; attempt < 2; ++attempt) {
+    // Who takes it away in between, and gives it back, is not waited for any longer.
+    for (int attempt = 0; attempt < 3; ++attempt) {
         const LockContent content = readLock(file);
-        if (content.exists) {
-            if (!isStale(content, path)) {
-                m_error = content.pid > 0 ? portholder::describe(content.pid)
-                                          : QStringLiteral("a program that is just starting");
-                return Outcome::Held;
-            }
-            qCDebug(AT_MODEM).noquote() << "stale lock file" << path << "of process" << content.pid;
+        if (content.exists && !isStale(content, path)) {
+            m_error = content.pid > 0 ? portholder::describe(content.pid)
+                                      : QStringLiteral("another program");
+            return Outcome::Held;
         }
         const QByteArray own = writeOwn(m_directory);
         if (own.isEmpty())
             return Outcome::NoRight;
-        if (content.exists && !removeStale(file, path, own + ".old")) {
-            const int reason = errno;
-            ::unlink(own.constData());
-            errno = reason;
-            return Outcome::NoRight;
+        bool done = true;
+        if (content.exists) {
+            qCDebug(AT_MODEM).noquote() << "stale lock file" << path << "of process" << content.pid;
+            done = removeStale(file, path, own + ".old");
         }
         // Made whole under another name and then given this one: nobody ever reads half of it.
-        const bool linked = ::link(own.constData(), file.constData()) == 0;
+        done = done && ::link(own.constData(), file.constData()) == 0;
         const int reason = errno;
         ::unlink(own.constData());
-        errno = reason;
-        if (linked) {
-            const QMutexLocker locker(&held().mutex);
+        if (done) {
             held().files.insert(path);
             return Outcome::Locked;
         }
-        if (errno != EEXIST)
+        errno = reason;
+        if (reason != EEXIST)
             return Outcome::NoRight;
     }
-    const LockContent content = readLock(file);
-    m_error = content.pid > 0 ? portholder::describe(content.pid)
-                              : QStringLiteral("a program that is just starting");
+    m_error = QStringLiteral("another program");
     return Outcome::Held;
 }
 
 void PortLock::unlock()
 {
+    const QMutexLocker locker(&held().mutex);
     for (const QString &path : qAsConst(m_files)) {
         const QByteArray file = QFile::encodeName(path);
         if (readLock(file).pid == ::getpid())
             ::unlink(file.constData());
-        const QMutexLocker locker(&held().mutex);
         held().files.remove(path);
     }
     m_files.clear();

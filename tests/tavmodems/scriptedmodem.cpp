@@ -87,7 +87,7 @@ void ScriptedModem::run()
         const int master = m_master;
         if (master < 0)
             return;
-        const bool talks = babbles || !endless.isEmpty();
+        const bool talks = !endless.isEmpty();
         pollfd files[2] = {{m_wake[0], POLLIN, 0},
             {master, static_cast<short>(POLLIN | (talks ? POLLOUT : 0)), 0}};
         ::poll(files, 2, -1);
@@ -97,8 +97,6 @@ void ScriptedModem::run()
         const ssize_t size = ::read(master, bytes, sizeof bytes);
         for (ssize_t i = 0; i < size && m_master >= 0; ++i)
             hear(bytes[i]);
-        if (babbles)
-            say("\r\n^RSSI: 17\r\n");
         if (!endless.isEmpty())
             say(endless);
     }

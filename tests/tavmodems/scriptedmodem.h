@@ -25,7 +25,6 @@ public:
     bool echo = true;
     bool byteByByte = false;
     bool silent = false;
-    bool babbles = false; ///< sends line after line without end
     bool online = false; ///< in a data call: hears nothing but the escape
     QByteArray endless; ///< sent over and over, as fast as it is taken
     QByteArray answerToAll; ///< instead of the table

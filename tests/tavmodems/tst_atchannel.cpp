@@ -1,0 +1,566 @@
+#include "atchannel.h"
+#include "atfinalresult.h"
+#include "atlines.h"
+#include "atunsolicited.h"
+#include "scripteddevice.h"
+
+#include <QElapsedTimer>
+#include <QLoggingCategory>
+#include <QTest>
+
+#include <random>
+
+using namespace std::chrono_literals;
+
+namespace {
+
+using Status = AtReply::Status;
+using Lines = QList<QByteArray>;
+
+constexpr std::chrono::milliseconds kShort = 50ms;
+constexpr std::chrono::milliseconds kLong = 60s;
+
+QStringList *theLog = nullptr;
+
+void keepLog(QtMsgType, const QMessageLogContext &, const QString &text)
+{
+    *theLog << text;
+}
+
+// What the traffic's log says while it lives.
+class LogOfTraffic
+{
+    Q_DISABLE_COPY_MOVE(LogOfTraffic)
+
+public:
+    LogOfTraffic()
+    {
+        theLog = &m_lines;
+        QLoggingCategory::setFilterRules(QStringLiteral("atmodem.debug=true"));
+        m_before = qInstallMessageHandler(keepLog);
+    }
+    ~LogOfTraffic() { qInstallMessageHandler(m_before); }
+    QString text() const { return m_lines.join(QLatin1Char('\n')); }
+
+private:
+    QStringList m_lines;
+    QtMessageHandler m_before = nullptr;
+};
+
+struct Bench
+{
+    ScriptedDevice device;
+    AtChannel channel{&device, QStringLiteral("test")};
+
+    AtReply ask(const QByteArray &command, const Lines &pieces)
+    {
+        device.answers[command + '\r'] = pieces;
+        return channel.send(command, pieces.isEmpty() ? kShort : kLong);
+    }
+};
+
+Lines pieces(const QByteArray &bytes, int size)
+{
+    Lines result;
+    for (int at = 0; at < bytes.size(); at += size)
+        result << bytes.mid(at, size);
+    return result;
+}
+
+} // namespace
+
+Q_DECLARE_METATYPE(AtReply::Status)
+
+class TestAtChannel : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void cutsLines_data();
+    void cutsLines();
+    void dropsLinesLongerThanAnyAnswer();
+    void knowsFinalResults_data();
+    void knowsFinalResults();
+    void knowsUnsolicitedLines_data();
+    void knowsUnsolicitedLines();
+    void readsAnswers_data();
+    void readsAnswers();
+    void readsAnswersCutAnywhere();
+    void sendsCommandWithCarriageReturn();
+    void sendsNoControlCharacters_data();
+    void sendsNoControlCharacters();
+    void leavesOldInputOutOfTheAnswer();
+    void waitsForQuietAfterALostAnswer();
+    void endsAtTheLimit_data();
+    void endsAtTheLimit();
+    void endsWhenTheAnswerIsEndless_data();
+    void endsWhenTheAnswerIsEndless();
+    void endsAtOnceWhenTheDeviceGoes_data();
+    void endsAtOnceWhenTheDeviceGoes();
+    void endsWhenTheDeviceTakesNothing();
+    void takesTheAnswerThatCameBeforeTheDeviceWent();
+    void escapesWithPlusSignsAlone();
+    void waitsForUnsolicitedLines();
+    void keepsSecretsOutOfTheLog_data();
+    void keepsSecretsOutOfTheLog();
+    void showsTrafficInTheLog();
+    void survivesNoise();
+};
+
+void TestAtChannel::cutsLines_data()
+{
+    QTest::addColumn<QByteArray>("bytes");
+    QTest::addColumn<Lines>("expected");
+    QTest::newRow("verbose framing") << QByteArray("\r\nOK\r\n") << Lines{"OK"};
+    QTest::newRow("CR alone") << QByteArray("\rOK\r") << Lines{"OK"};
+    QTest::newRow("LF alone") << QByteArray("\nOK\n") << Lines{"OK"};
+    QTest::newRow("CR doubled by a terminal") << QByteArray("\r\r\nOK\r\r\n") << Lines{"OK"};
+    QTest::newRow("LF before CR") << QByteArray("\n\rOK\n\r") << Lines{"OK"};
+    QTest::newRow("blanks around") << QByteArray("\r\n OK \t\r\n") << Lines{"OK"};
+    QTest::newRow("NUL bytes") << QByteArray("\0\0\r\nO\0K\r\n", 9) << Lines{"OK"};
+    QTest::newRow("two lines") << QByteArray("a\r\nb\r\n") << Lines{"a", "b"};
+    QTest::newRow("unfinished") << QByteArray("\r\nOK") << Lines();
+    QTest::newRow("nothing") << QByteArray() << Lines();
+}
+
+void TestAtChannel::cutsLines()
+{
+    QFETCH(QByteArray, bytes);
+    AtLines whole;
+    QTEST(whole.feed(bytes), "expected");
+
+    AtLines single;
+    Lines lines;
+    for (const char c : bytes)
+        lines += single.feed(QByteArray(1, c));
+    QTEST(lines, "expected");
+}
+
+void TestAtChannel::dropsLinesLongerThanAnyAnswer()
+{
+    AtLines lines;
+    for (int i = 0; i < 1000; ++i)
+        QCOMPARE(lines.feed(QByteArray(1024, 'x')), Lines());
+    QCOMPARE(lines.feed("end\r\nOK\r\n"), Lines{"OK"});
+    const QByteArray longest(AtLines::kMaxLine, 'y');
+    QCOMPARE(lines.feed(longest + '\r'), Lines{longest});
+    QCOMPARE(lines.feed(longest + "y\r"), Lines());
+}
+
+void TestAtChannel::knowsFinalResults_data()
+{
+    QTest::addColumn<QByteArray>("line");
+    QTest::addColumn<QByteArray>("command");
+    QTest::addColumn<bool>("isFinal");
+    QTest::addColumn<Status>("status");
+    QTest::addColumn<int>("code");
+    const auto final = [](const char *line, const char *command, Status status, int code = -1) {
+        QTest::addRow("%s to %s", line, command)
+            << QByteArray(line) << QByteArray(command) << true << status << code;
+    };
+    const auto other = [](const char *line, const char *command) {
+        QTest::addRow("%s to %s is none", line, command)
+            << QByteArray(line) << QByteArray(command) << false << Status::Ok << -1;
+    };
+    final("OK", "AT", Status::Ok);
+    final("ERROR", "AT", Status::Error);
+    final("+CME ERROR: 10", "AT+CPIN?", Status::Error, 10);
+    final("+CME ERROR:10", "AT+CPIN?", Status::Error, 10);
+    final("+CME ERROR: SIM not inserted", "AT+CPIN?", Status::Error, 10);
+    final("+CME ERROR: SIM PIN required", "AT+CPIN?", Status::Error, 11);
+    final("+CME ERROR: sim busy", "AT+CPIN?", Status::Error, 14);
+    final("+CME ERROR: something else", "AT", Status::Error);
+    final("+CME ERROR: -5", "AT", Status::Error);
+    final("+CME ERROR:", "AT", Status::Error);
+    final("+CMS ERROR: 310", "AT+CMGL=4", Status::Error, 310);
+    final("COMMAND NOT SUPPORT", "AT^CURC=0", Status::Error);
+    final("TOO MANY PARAMETERS", "AT^CURC=0,1", Status::Error);
+    final("CONNECT", "ATDT*99#", Status::Connect);
+    final("CONNECT 115200", "ATD*99#", Status::Connect);
+    final("NO CARRIER", "ATD*99#", Status::NoCarrier);
+    final("NO CARRIER", "atd*99#", Status::NoCarrier);
+    final("NO CARRIER", "+++", Status::NoCarrier);
+    final("BUSY", "ATD1", Status::Busy);
+    final("NO ANSWER", "ATD1", Status::NoAnswer);
+    final("NO DIALTONE", "ATD1", Status::NoDialtone);
+    final("NO DIAL TONE", "ATD1", Status::NoDialtone);
+    final("NO CARRIER", "ATA", Status::NoCarrier);
+    final("CONNECT", "ATO", Status::Connect);
+    other("NO CARRIER", "AT+CSQ");
+    other("BUSY", "ATI");
+    other("CONNECT", "AT");
+    other("CONNECTED", "ATD1");
+    other("OK then", "AT");
+    other("ok", "AT");
+    other("ERRORS", "AT");
+    other("+CSQ: 17,99", "AT+CSQ");
+    other("RING", "AT");
+}
+
+void TestAtChannel::knowsFinalResults()
+{
+    QFETCH(QByteArray, line);
+    QFETCH(QByteArray, command);
+    QFETCH(bool, isFinal);
+    const auto result = parseFinalResult(line, command);
+    QCOMPARE(result.has_value(), isFinal);
+    if (!isFinal)
+        return;
+    QTEST(result->status, "status");
+    QTEST(result->errorCode, "code");
+    const bool isFailure = result->status != Status::Ok && result->status != Status::Connect;
+    QCOMPARE(result->errorText, isFailure ? line : QByteArray());
+}
+
+void TestAtChannel::knowsUnsolicitedLines_data()
+{
+    QTest::addColumn<QByteArray>("line");
+    QTest::addColumn<QByteArray>("command");
+    QTest::addColumn<bool>("expected");
+    const auto row = [](const char *line, const char *command, bool expected) {
+        QTest::addRow("%s in %s", line, command)
+            << QByteArray(line) << QByteArray(command) << expected;
+    };
+    row("RING", "AT+CSQ", true);
+    row("^RSSI: 17", "AT+CSQ", true);
+    row("^RSSI:17", "AT+CSQ", true);
+    row("^BOOT:10449242,0,0,0,75", "AT", true);
+    row("+CREG: 1", "AT+CSQ", true);
+    row("+CREG: 2,1", "AT+CREG?", false);
+    row("+creg: 2,1", "AT+CREG?", false);
+    row("+CREG: 2,1", "at+creg?", false);
+    row("+CMTI: \"SM\",3", "AT+CREG?", true);
+    row("Call Ready", "AT+CGMM", true);
+    row("NO CARRIER", "AT+CGMM", true);
+    row("+CPIN: READY", "AT+CPIN?", false);
+    row("+CPIN: READY", "AT+CGMI", true);
+    row("+CSQ: 17,99", "AT+CSQ", false);
+    row("huawei", "AT+CGMI", false);
+    row("Manufacturer: huawei", "ATI", false);
+    row("+GCAP: +CGSM,+DS,+ES", "ATI", false);
+    row(":", "AT", false);
+    row("", "AT", false);
+    row("^RSSI: 17", "", true);
+}
+
+void TestAtChannel::knowsUnsolicitedLines()
+{
+    QFETCH(QByteArray, line);
+    QFETCH(QByteArray, command);
+    QTEST(isUnsolicited(line, command), "expected");
+}
+
+void TestAtChannel::readsAnswers_data()
+{
+    QTest::addColumn<QByteArray>("command");
+    QTest::addColumn<QByteArray>("bytes");
+    QTest::addColumn<Status>("status");
+    QTest::addColumn<Lines>("lines");
+    QTest::addColumn<Lines>("unsolicited");
+    const Lines none;
+    QTest::newRow("echo off") << QByteArray("AT") << QByteArray("\r\nOK\r\n") << Status::Ok << none
+                              << none;
+    QTest::newRow("echo on") << QByteArray("AT") << QByteArray("AT\r\r\nOK\r\n") << Status::Ok
+                             << none << none;
+    QTest::newRow("echo after what the modem had before")
+        << QByteArray("AT") << QByteArray("+++AT\r\r\nOK\r\n") << Status::Ok << none << none;
+    QTest::newRow("one line") << QByteArray("AT+CSQ")
+                              << QByteArray("AT+CSQ\r\r\n+CSQ: 17,99\r\n\r\nOK\r\n") << Status::Ok
+                              << Lines{"+CSQ: 17,99"} << none;
+    QTest::newRow("line that looks like the echo of a listed command")
+        << QByteArray("AT+CLAC") << QByteArray("AT+CLAC\r\r\nAT\r\nAT+CLAC\r\n\r\nOK\r\n")
+        << Status::Ok << Lines{"AT", "AT+CLAC"} << none;
+    QTest::newRow("unsolicited line before the answer")
+        << QByteArray("AT+CSQ") << QByteArray("\r\n^RSSI:17\r\n\r\n+CSQ: 17,99\r\n\r\nOK\r\n")
+        << Status::Ok << Lines{"+CSQ: 17,99"} << Lines{"^RSSI:17"};
+    QTest::newRow("unsolicited line before the echo")
+        << QByteArray("AT+CSQ") << QByteArray("\r\nRING\r\nAT+CSQ\r\r\n+CSQ: 17,99\r\n\r\nOK\r\n")
+        << Status::Ok << Lines{"+CSQ: 17,99"} << Lines{"RING"};
+    QTest::newRow("unsolicited line inside the answer")
+        << QByteArray("AT+CSQ")
+        << QByteArray("\r\n+CSQ: 17,99\r\n\r\n+CMTI: \"SM\",1\r\n\r\nOK\r\n") << Status::Ok
+        << Lines{"+CSQ: 17,99"} << Lines{"+CMTI: \"SM\",1"};
+    QTest::newRow("end of another call inside the answer")
+        << QByteArray("AT+CSQ") << QByteArray("\r\nNO CARRIER\r\n\r\n+CSQ: 17,99\r\n\r\nOK\r\n")
+        << Status::Ok << Lines{"+CSQ: 17,99"} << Lines{"NO CARRIER"};
+    QTest::newRow("error") << QByteArray("AT+X") << QByteArray("\r\nERROR\r\n") << Status::Error
+                           << none << none;
+    QTest::newRow("numbered error")
+        << QByteArray("AT+CPIN?") << QByteArray("\r\n+CME ERROR: 10\r\n") << Status::Error << none
+        << none;
+    QTest::newRow("call that fails") << QByteArray("ATD*99#") << QByteArray("\r\nNO CARRIER\r\n")
+                                     << Status::NoCarrier << none << none;
+    QTest::newRow("call that is up")
+        << QByteArray("ATD*99#") << QByteArray("\r\nCONNECT 7200000\r\n") << Status::Connect << none
+        << none;
+    QTest::newRow("bytes that are no text")
+        << QByteArray("AT") << QByteArray("\xff\xfe\r\n\x80\r\nOK\r\n") << Status::Ok
+        << Lines{"\xff\xfe", "\x80"} << none;
+}
+
+void TestAtChannel::readsAnswers()
+{
+    QFETCH(QByteArray, command);
+    QFETCH(QByteArray, bytes);
+    Bench bench;
+    const AtReply reply = bench.ask(command, {bytes});
+    QTEST(reply.status, "status");
+    QTEST(reply.lines, "lines");
+    QTEST(reply.unsolicited, "unsolicited");
+    QVERIFY(reply.heard);
+}
+
+void TestAtChannel::readsAnswersCutAnywhere()
+{
+    const QByteArray bytes
+        = "AT+CSQ\r\r\n^RSSI:17\r\n\r\n+CSQ: 17,99\r\n\r\n+CREG: 1\r\n\r\n+CME ERROR: 14\r\n";
+    for (int cut = 1; cut < bytes.size(); ++cut) {
+        Bench bench;
+        const AtReply reply = bench.ask("AT+CSQ", {bytes.left(cut), bytes.mid(cut)});
+        QCOMPARE(reply.status, Status::Error);
+        QCOMPARE(reply.errorCode, 14);
+        QCOMPARE(reply.lines, Lines{"+CSQ: 17,99"});
+        QCOMPARE(reply.unsolicited, Lines({"^RSSI:17", "+CREG: 1"}));
+    }
+    Bench bench;
+    QCOMPARE(bench.ask("AT+CSQ", pieces(bytes, 1)).lines, Lines{"+CSQ: 17,99"});
+}
+
+void TestAtChannel::sendsCommandWithCarriageReturn()
+{
+    Bench bench;
+    QVERIFY(bench.ask("AT+CSQ", {"\r\nOK\r\n"}).isOk());
+    QCOMPARE(bench.device.written, Lines{"AT+CSQ\r"});
+}
+
+void TestAtChannel::sendsNoControlCharacters_data()
+{
+    QTest::addColumn<QByteArray>("command");
+    QTest::newRow("line end") << QByteArray("AT+CSQ\nAT+CFUN=0");
+    QTest::newRow("carriage return") << QByteArray("AT+CSQ\rAT+CFUN=0");
+    QTest::newRow("Ctrl-Z") << QByteArray("text\x1a");
+    QTest::newRow("Escape") << QByteArray("\x1b"
+                                          "AT");
+    QTest::newRow("NUL") << QByteArray("AT\0+CSQ", 7);
+    QTest::newRow("Delete") << QByteArray("AT\x7f");
+    QTest::newRow("nothing") << QByteArray();
+}
+
+void TestAtChannel::sendsNoControlCharacters()
+{
+    QFETCH(QByteArray, command);
+    Bench bench;
+    QTest::ignoreMessage(QtWarningMsg, "test a command with control characters is not sent");
+    QCOMPARE(bench.channel.send(command, kLong).status, Status::Refused);
+    QVERIFY(bench.device.written.isEmpty());
+}
+
+void TestAtChannel::leavesOldInputOutOfTheAnswer()
+{
+    Bench bench;
+    bench.device.pending = {"\r\n+CSQ: 1,99\r\n\r\nOK\r\n", "\r\nERROR\r\n"};
+    const AtReply reply = bench.ask("AT+CSQ", {"\r\n+CSQ: 17,99\r\n\r\nOK\r\n"});
+    QVERIFY(reply.isOk());
+    QCOMPARE(reply.lines, Lines{"+CSQ: 17,99"});
+}
+
+void TestAtChannel::waitsForQuietAfterALostAnswer()
+{
+    Bench bench;
+    QCOMPARE(bench.ask("AT+COPS=?", {}).status, Status::Timeout);
+    bench.device.pending = {"\r\n+COPS: (1,\"a\")", "\r\n\r\n", "OK\r\n"};
+    const AtReply reply = bench.ask("AT+CSQ", {"\r\n+CSQ: 17,99\r\n\r\nOK\r\n"});
+    QVERIFY(reply.isOk());
+    QCOMPARE(reply.lines, Lines{"+CSQ: 17,99"});
+}
+
+void TestAtChannel::endsAtTheLimit_data()
+{
+    QTest::addColumn<QByteArray>("bytes");
+    QTest::addColumn<bool>("heard");
+    QTest::newRow("silence") << QByteArray() << false;
+    QTest::newRow("echo alone") << QByteArray("AT\r") << true;
+    QTest::newRow("result without its line end") << QByteArray("\r\nOK") << true;
+    QTest::newRow("garbage") << QByteArray("\x80\x12\xff~}#!\r\n") << true;
+}
+
+void TestAtChannel::endsAtTheLimit()
+{
+    QFETCH(QByteArray, bytes);
+    Bench bench;
+    bench.device.answers["AT\r"] = {bytes};
+    QElapsedTimer clock;
+    clock.start();
+    const AtReply reply = bench.channel.send("AT", kShort);
+    QVERIFY(clock.elapsed() >= kShort.count());
+    QCOMPARE(reply.status, Status::Timeout);
+    QTEST(reply.heard, "heard");
+}
+
+void TestAtChannel::endsWhenTheAnswerIsEndless_data()
+{
+    QTest::addColumn<QByteArray>("piece");
+    QTest::newRow("lines") << QByteArray("\r\n+CSQ: 17,99\r\n");
+    QTest::newRow("unsolicited lines") << QByteArray("\r\n^RSSI:17\r\n");
+    QTest::newRow("no line end") << QByteArray(4096, 'x');
+    QTest::newRow("line ends alone") << QByteArray(4096, '\n');
+    QTest::newRow("NUL bytes") << QByteArray(4096, '\0');
+}
+
+void TestAtChannel::endsWhenTheAnswerIsEndless()
+{
+    QFETCH(QByteArray, piece);
+    Bench bench;
+    Lines input;
+    for (int size = 0; size <= 4 * AtChannel::kMaxAnswer; size += piece.size())
+        input << piece;
+    const AtReply reply = bench.ask("AT+CSQ", input);
+    QCOMPARE(reply.status, Status::Flood);
+    qint64 kept = 0;
+    for (const QByteArray &line : reply.lines + reply.unsolicited)
+        kept += line.size();
+    QVERIFY(kept <= 2 * AtChannel::kMaxAnswer);
+    QVERIFY(!bench.device.pending.isEmpty());
+}
+
+void TestAtChannel::endsAtOnceWhenTheDeviceGoes_data()
+{
+    QTest::addColumn<Lines>("input");
+    QTest::newRow("before any answer") << Lines();
+    QTest::newRow("inside the answer") << Lines{"AT+CSQ\r", "\r\n+CSQ"};
+    QTest::newRow("between line and result") << Lines{"\r\n+CSQ: 17,99\r\n"};
+}
+
+void TestAtChannel::endsAtOnceWhenTheDeviceGoes()
+{
+    QFETCH(Lines, input);
+    Bench bench;
+    bench.device.answers["AT+CSQ\r"] = input;
+    bench.device.pending = {"\r\n"}; // something old, so that the skipping does not end it
+    AtReply reply;
+    QElapsedTimer clock;
+    clock.start();
+    {
+        // Gone once the script is through.
+        AtChannel channel(&bench.device, QStringLiteral("test"),
+            [&] { return bench.device.pending.isEmpty() && !bench.device.written.isEmpty(); });
+        reply = channel.send("AT+CSQ", kLong);
+    }
+    QCOMPARE(reply.status, Status::PortGone);
+    QVERIFY(clock.elapsed() < 1000);
+}
+
+void TestAtChannel::endsWhenTheDeviceTakesNothing()
+{
+    Bench bench;
+    bench.device.takesNothing = true;
+    QCOMPARE(bench.channel.send("AT", kShort).status, Status::Timeout);
+    bench.device.close();
+    QCOMPARE(bench.channel.send("AT", kLong).status, Status::PortGone);
+    QCOMPARE(bench.channel.waitUnsolicited(kLong).status, Status::PortGone);
+}
+
+void TestAtChannel::takesTheAnswerThatCameBeforeTheDeviceWent()
+{
+    Bench bench;
+    bench.device.answers["AT\r"] = {"\r\nOK\r\n"};
+    const AtReply reply = bench.channel.send("AT", kLong);
+    bench.device.goesAway = true;
+    QVERIFY(reply.isOk());
+    QCOMPARE(bench.channel.send("AT+CSQ", kLong).status, Status::PortGone);
+}
+
+void TestAtChannel::escapesWithPlusSignsAlone()
+{
+    Bench bench;
+    bench.device.answers["+++"] = {"\r\nOK\r\n"};
+    QVERIFY(bench.channel.sendEscape(kLong).isOk());
+    QCOMPARE(bench.device.written, Lines{"+++"});
+}
+
+void TestAtChannel::waitsForUnsolicitedLines()
+{
+    Bench bench;
+    QCOMPARE(bench.channel.waitUnsolicited(kShort).status, Status::Timeout);
+    bench.device.pending = {"\r\n+CR", "EG: 1\r\n"};
+    const AtReply reply = bench.channel.waitUnsolicited(kLong);
+    QVERIFY(reply.isOk());
+    QCOMPARE(reply.unsolicited, Lines{"+CREG: 1"});
+}
+
+void TestAtChannel::keepsSecretsOutOfTheLog_data()
+{
+    QTest::addColumn<QByteArray>("command");
+    const auto row = [](const char *command) { QTest::newRow(command) << QByteArray(command); };
+    row("AT+CPIN=\"s3cret\"");
+    row("AT+CPIN=s3cret");
+    row("at+cpin = s3cret");
+    row("AT+CPIN=\"12345678\",\"s3cret\"");
+    row("AT+CMEE=1;+CPIN=\"s3cret\"");
+    row("AT^CPIN=\"s3cret\"");
+    row("AT+CLCK=\"SC\",1,\"s3cret\"");
+    row("AT+CPWD=\"SC\",\"1\",\"s3cret\"");
+    row("AT+CGAUTH=1,2,\"user\",\"s3cret\"");
+    row("AT$QCPDPP=1,1,\"s3cret\",\"user\"");
+    row("AT^AUTHDATA=1,2,\"\",\"s3cret\",\"user\"");
+    row("AT+CSTT=\"apn\",\"user\",\"s3cret\"");
+    row("AT+QICSGP=1,1,\"apn\",\"user\",\"s3cret\",1");
+    row("AT+UAUTHREQ=1,1,\"s3cret\",\"user\"");
+    row("AT^SGAUTH=1,1,\"s3cret\",\"user\"");
+}
+
+void TestAtChannel::keepsSecretsOutOfTheLog()
+{
+    QFETCH(QByteArray, command);
+    const QString secret = QStringLiteral("s3cret");
+    const LogOfTraffic log;
+    // Echoed, echoed in bits, said back, and late.
+    Bench bench;
+    bench.ask(command, {command + "\r\r\nOK\r\n"});
+    bench.ask(command, {command.left(6) + "\r\n" + command.mid(6) + "\r\n\r\nERROR\r\n"});
+    bench.ask(command, {"\r\nyou said s3cret\r\n\r\nOK\r\n"});
+    bench.device.pending = {command.left(9), command.mid(9) + "\r\n"};
+    bench.ask("AT", {"\r\nOK\r\n"});
+    bench.ask("AT+CGAUTH?", {"\r\n+CGAUTH: 1,2,\"user\",\"s3cret\"\r\n\r\nOK\r\n"});
+    QVERIFY2(log.text().contains(QStringLiteral("OK")), qPrintable(log.text()));
+    QVERIFY2(!log.text().contains(secret), qPrintable(log.text()));
+    QVERIFY(!log.text().contains(QStringLiteral("12345678")));
+}
+
+void TestAtChannel::showsTrafficInTheLog()
+{
+    const LogOfTraffic log;
+    Bench bench;
+    bench.ask("AT+CPIN?", {"\r\n+CPIN: READY\r\n\r\nOK\r\n"});
+    QCOMPARE(log.text(), QStringLiteral("test -> AT+CPIN?\ntest <- +CPIN: READY\ntest <- OK"));
+}
+
+void TestAtChannel::survivesNoise()
+{
+    std::mt19937 random(20221120); // fixed: a failure can be repeated
+    const Lines words{"OK", "ERROR", "\r", "\n", "\r\n", "+CME ERROR:", "+CSQ: ", "AT+CSQ", "RING",
+        ",", "\"", ":", QByteArray(1, '\0'), "NO CARRIER", "^", "999999999999999999999", "-1"};
+    for (int round = 0; round < 2000; ++round) {
+        Lines input;
+        const auto count = random() % 20;
+        for (unsigned i = 0; i < count; ++i) {
+            if (random() % 2)
+                input << words.at(static_cast<int>(random() % static_cast<unsigned>(words.size())));
+            else
+                input << QByteArray(1, static_cast<char>(random() % 256));
+        }
+        Bench bench;
+        bench.device.answers["AT+CSQ\r"] = input;
+        // The first wait, before anything is sent, must not end the device.
+        bench.device.pending = {"\r\n"};
+        AtChannel channel(&bench.device, QStringLiteral("noise"),
+            [&] { return bench.device.pending.isEmpty() && !bench.device.written.isEmpty(); });
+        const AtReply reply = channel.send("AT+CSQ", kLong);
+        QVERIFY(reply.status == Status::Ok || reply.status == Status::Error
+            || reply.status == Status::PortGone);
+    }
+}
+
+QTEST_APPLESS_MAIN(TestAtChannel)
+
+#include "tst_atchannel.moc"
