@@ -1,0 +1,177 @@
+#include "privatebus.h"
+#include "records.h"
+#include "tavbusqueryhandler.h"
+
+#include <QDeadlineTimer>
+#include <QHash>
+#include <QRandomGenerator>
+#include <QSqlDatabase>
+#include <QSqlQuery>
+#include <QTest>
+#include <QThread>
+
+#include <atomic>
+#include <memory>
+#include <vector>
+
+using namespace tavbus;
+
+namespace {
+
+constexpr int kKills = 200;
+constexpr int kWriters = 4;
+constexpr int kOwnersOfWriter = 8;
+constexpr int kLongestLife = 40; // ms that a broker is let live
+constexpr int kLargestPayload = 20000; // bytes: some saves take several pages
+constexpr int kPatienceMs = 30000;
+
+/// Saves ever higher numbers under owners of its own, and sees after each failed call that the
+/// broker still has every number it ever took.
+class Writer
+{
+    Q_DISABLE_COPY_MOVE(Writer)
+
+public:
+    Writer(int id, quint32 seed)
+        : m_random(seed)
+    {
+        for (int i = 0; i < kOwnersOfWriter; ++i)
+            m_owners.append(QStringLiteral("writer%1-%2").arg(id).arg(i));
+        m_thread.reset(QThread::create([this] { run(); }));
+        m_thread->start();
+    }
+    ~Writer() { stop(); }
+
+    void stop()
+    {
+        m_stopped = true;
+        m_thread->wait();
+    }
+
+    // To be asked once it has stopped.
+    int acknowledged() const { return m_acknowledged; }
+    int failed() const { return m_failed; }
+    QStringList losses() const { return m_losses; }
+    QStringList owners() const { return m_owners; }
+
+private:
+    void run()
+    {
+        TavBusQueryHandler handler(QStringLiteral("writer"));
+        if (!handler.open())
+            m_losses.append(QStringLiteral("cannot open"));
+        while (!m_stopped) {
+            const QString owner = m_owners.at(m_random.bounded(kOwnersOfWriter));
+            const int number = ++m_tried[owner];
+            const QByteArray payload(m_random.bounded(kLargestPayload), 'x');
+            if (handler.saveSettings(records::settings(owner, {number, payload}))) {
+                m_taken[owner] = number;
+                ++m_acknowledged;
+            } else {
+                ++m_failed;
+                compare(handler);
+            }
+        }
+        compare(handler);
+    }
+
+    void compare(TavBusQueryHandler &handler)
+    {
+        QList<ClientSettings> list;
+        const QDeadlineTimer deadline(kPatienceMs);
+        while (!handler.loadSettings(m_owners, list)) {
+            if (deadline.hasExpired()) {
+                m_losses.append(QStringLiteral("the broker does not come back"));
+                return;
+            }
+        }
+        QHash<QString, int> kept;
+        for (const ClientSettings &settings : qAsConst(list))
+            kept.insert(settings.owner(), settings.settings().value(0).toInt());
+        for (const QString &owner : qAsConst(m_owners)) {
+            const int number = kept.value(owner);
+            if (number < m_taken.value(owner) || number > m_tried.value(owner))
+                m_losses.append(QStringLiteral("%1: %2 was taken, %3 is kept, %4 was tried")
+                                    .arg(owner)
+                                    .arg(m_taken.value(owner))
+                                    .arg(number)
+                                    .arg(m_tried.value(owner)));
+        }
+    }
+
+    QRandomGenerator m_random;
+    QStringList m_owners;
+    QHash<QString, int> m_tried; // highest number, by owner
+    QHash<QString, int> m_taken; // highest one that was acknowledged
+    int m_acknowledged = 0;
+    int m_failed = 0;
+    QStringList m_losses;
+    std::atomic<bool> m_stopped{false};
+    std::unique_ptr<QThread> m_thread;
+};
+
+QStringList integrity(const QString &file)
+{
+    QStringList answers;
+    {
+        auto database
+            = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), QStringLiteral("integrity"));
+        database.setDatabaseName(file);
+        database.open();
+        QSqlQuery query(QStringLiteral("PRAGMA integrity_check"), database);
+        while (query.next())
+            answers.append(query.value(0).toString());
+    }
+    QSqlDatabase::removeDatabase(QStringLiteral("integrity"));
+    return answers;
+}
+
+} // namespace
+
+class DurabilityTest : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void noAcknowledgedSaveIsLostWhenTheBrokerIsKilled();
+};
+
+void DurabilityTest::noAcknowledgedSaveIsLostWhenTheBrokerIsKilled()
+{
+    const PrivateBus bus;
+    const quint32 seed = QRandomGenerator::global()->generate();
+    QRandomGenerator random(seed);
+    std::vector<std::unique_ptr<Writer>> writers;
+    for (int i = 0; i < kWriters; ++i)
+        writers.push_back(std::make_unique<Writer>(i, random.generate()));
+
+    int kills = 0;
+    while (kills < kKills) {
+        const qint64 broker = bus.startBroker();
+        QVERIFY(broker > 0);
+        QThread::msleep(random.bounded(kLongestLife));
+        bus.killBroker();
+        ++kills;
+    }
+
+    int acknowledged = 0;
+    int failed = 0;
+    QStringList losses;
+    for (const auto &writer : writers) {
+        writer->stop();
+        acknowledged += writer->acknowledged();
+        failed += writer->failed();
+        losses += writer->losses();
+    }
+    qInfo("seed %u: %d kills, %d saves acknowledged, %d calls failed, %lld lost", seed, kills,
+        acknowledged, failed, qlonglong(losses.size()));
+    QCOMPARE(losses, QStringList());
+    QVERIFY(acknowledged > kKills); // there was a load
+    QVERIFY(failed > kKills / 4); // and it was hit
+    bus.endBroker();
+    QCOMPARE(integrity(bus.databaseFile()), QStringList(QStringLiteral("ok")));
+    QCOMPARE(QDir(bus.directory()).entryList({QStringLiteral("*damaged*")}), QStringList());
+}
+
+QTEST_GUILESS_MAIN(DurabilityTest)
+#include "durabilitytest.moc"
