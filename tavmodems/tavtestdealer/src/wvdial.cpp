@@ -14,7 +14,6 @@ const QString Wvdial::WVDIAL_COMMAND = QStringLiteral("/usr/bin/wvdial");
 
 namespace {
 
-constexpr int processWait = 30000; // ms
 constexpr int highestBaudrate = 57600;
 constexpr int openAttempts = 3;
 
@@ -23,17 +22,6 @@ void run(const char *shellCommand)
     // 127 or no process of that name: there was nothing to end.
     if (std::system(shellCommand) == -1)
         qCWarning(DIALUP, "\"%s\" could not be run", shellCommand);
-}
-
-QString runningProcesses()
-{
-    QProcess ps;
-    ps.start(QStringLiteral("ps"), {QStringLiteral("-A")});
-    ps.waitForReadyRead(processWait);
-    QByteArray output = ps.readAllStandardOutput();
-    ps.waitForFinished(processWait);
-    output += ps.readAllStandardOutput();
-    return QString::fromLocal8Bit(output);
 }
 
 void logOutput(const QByteArray &bytes)
@@ -89,7 +77,7 @@ void Wvdial::stop()
     m_pending.clear();
     if (m_process && m_process->state() != QProcess::NotRunning) {
         m_process->terminate();
-        m_process->waitForFinished(processWait);
+        m_process->waitForFinished(processWait());
     }
     endAll(QStringLiteral("wvdial"));
     endAll(QStringLiteral("pppd"));
@@ -105,6 +93,17 @@ void Wvdial::endAll(const QString &program)
         if (m_process && m_process->state() != QProcess::NotRunning)
             m_process->waitForFinished(0);
     }
+}
+
+QString Wvdial::runningProcesses() const
+{
+    QProcess ps;
+    ps.start(QStringLiteral("ps"), {QStringLiteral("-A")});
+    ps.waitForReadyRead(processWait());
+    QByteArray output = ps.readAllStandardOutput();
+    ps.waitForFinished(processWait());
+    output += ps.readAllStandardOutput();
+    return QString::fromLocal8Bit(output);
 }
 
 void Wvdial::startWvDial(const QString &name)

@@ -41,6 +41,10 @@ signals:
     /// reason is in the log. Comes through the event loop, never from within start().
     void dialNotStarted();
 
+protected:
+    /// Longest wait for a process to end, ms. Tests shorten it.
+    virtual int processWait() const { return kProcessWait; }
+
 private slots:
     void wvDialError(QProcess::ProcessError error);
     void wvDialFinished(int code, QProcess::ExitStatus status);
@@ -50,11 +54,14 @@ private slots:
     void wvDialStateChanged(QProcess::ProcessState state);
 
 private:
+    static constexpr int kProcessWait = 30000;
+
     void startWvDial(const QString &name);
     bool isDialable(const QString &name) const;
     void resetModem(const QString &portName, int baudrate);
     void notStarted();
     void endAll(const QString &program);
+    QString runningProcesses() const;
 
     QPointer<QProcess> m_process; // child of this
     QStringList m_pending; // connections still to be dialled, in order
