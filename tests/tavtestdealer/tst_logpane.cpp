@@ -1,20 +1,15 @@
 #include "loggermanager.h"
 #include "logpane.h"
-#include "waitdialog.h"
+#include "stallwatch.h"
 
-#include <QDialogButtonBox>
 #include <QElapsedTimer>
+#include <QLoggingCategory>
 #include <QMutex>
-#include <QPointer>
-#include <QPushButton>
 #include <QScrollBar>
-#include <QSignalSpy>
 #include <QTemporaryDir>
 #include <QTest>
 #include <QTextBlock>
 #include <QTextBrowser>
-#include <QTimer>
-#include <QVBoxLayout>
 
 #include <memory>
 #include <thread>
@@ -56,25 +51,6 @@ QMutex &mutex()
     static auto *const given = new QMutex;
     return *given;
 }
-
-/// The longest time for which the event loop did not come round.
-class StallWatch
-{
-public:
-    StallWatch()
-    {
-        m_since.start();
-        QObject::connect(
-            &m_timer, &QTimer::timeout, [this] { m_longest = qMax(m_longest, m_since.restart()); });
-        m_timer.start(0);
-    }
-    qint64 longest() const { return m_longest; }
-
-private:
-    QTimer m_timer;
-    QElapsedTimer m_since;
-    qint64 m_longest = 0;
-};
 
 } // namespace
 
