@@ -3,6 +3,7 @@
 #include <QAbstractButton>
 #include <QApplication>
 #include <QMessageBox>
+#include <QPushButton>
 #include <QStringList>
 #include <QTimer>
 #include <QVector>
@@ -50,14 +51,16 @@ private:
             return;
         m_last = box;
         connect(box, &QObject::destroyed, this, [this] { m_last = nullptr; });
-        Shown what{box->windowTitle(), box->text(), {}, box->icon(),
-            box->defaultButton() != nullptr, 10000, box->parentWidget()};
+        Shown what{
+            box->windowTitle(), box->text(), {}, box->icon(), false, 10000, box->parentWidget()};
         QList<QAbstractButton *> buttons = box->buttons();
         std::sort(buttons.begin(), buttons.end(),
             [](const QAbstractButton *a, const QAbstractButton *b) { return a->x() < b->x(); });
         for (const QAbstractButton *button : qAsConst(buttons)) {
             what.buttons.append(button->text().remove(QLatin1Char('&')));
             what.lowestButton = qMin(what.lowestButton, button->height());
+            const auto *push = qobject_cast<const QPushButton *>(button);
+            what.hasDefault = what.hasDefault || (push && push->isDefault());
         }
         shown.append(what);
         if (m_answers.isEmpty())

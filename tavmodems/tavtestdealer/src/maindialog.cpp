@@ -13,6 +13,7 @@
 #include <QDateTime>
 #include <QIcon>
 #include <QMessageBox>
+#include <QPushButton>
 #include <QScopedValueRollback>
 
 // A static library's resources are dropped by the linker unless something asks for them. Outside
@@ -24,21 +25,36 @@ static void initResources()
 
 namespace {
 
-QMessageBox::StandardButton askToSave(QWidget *parent)
+// Not QMessageBox::question(): that marks a button as default where it is told of none, and shows
+// the one that it is told of even where it is none of the buttons asked for.
+class Question : public QMessageBox
 {
-    return QMessageBox::question(parent, MainDialog::tr("Test dealer closing"),
-        MainDialog::tr("Save modems settings?"),
-        QMessageBox::Save | QMessageBox::No | QMessageBox::Cancel);
-}
+public:
+    Question(const QString &title, const QString &text, StandardButtons buttons, QWidget *parent)
+        : QMessageBox(QMessageBox::Question, title, text, buttons, parent)
+    {
+        forEachButton([](QPushButton *button) { button->setAutoDefault(false); });
+    }
 
-// Not QMessageBox::question(), which shows a default button even where it is none of the buttons
-// asked for. There is nothing to choose here: Escape confirms as the one button does.
-QMessageBox::StandardButton confirmExit(QWidget *parent)
-{
-    QMessageBox box(QMessageBox::Question, MainDialog::tr("Settings saving error"),
-        MainDialog::tr("Modems settings saving error. Continue exit?"), QMessageBox::Yes, parent);
-    return static_cast<QMessageBox::StandardButton>(box.exec());
-}
+    StandardButton ask() { return static_cast<StandardButton>(exec()); }
+
+protected:
+    void showEvent(QShowEvent *event) override
+    {
+        QMessageBox::showEvent(event);
+        // By now the box has chosen a default of its own.
+        forEachButton([](QPushButton *button) { button->setDefault(false); });
+    }
+
+private:
+    template <typename Action>
+    void forEachButton(Action action)
+    {
+        const QList<QPushButton *> buttons = findChildren<QPushButton *>();
+        for (QPushButton *button : buttons)
+            action(button);
+    }
+};
 
 } // namespace
 
@@ -107,7 +123,10 @@ void MainDialog::closeEvent(QCloseEvent *event)
     setEnabled(false);
     stopTester();
     if (!sendSettings()) {
-        if (confirmExit(this) == QMessageBox::Yes)
+        // Nothing to choose: Escape confirms as the one button does.
+        Question question(tr("Settings saving error"),
+            tr("Modems settings saving error. Continue exit?"), QMessageBox::Yes, this);
+        if (question.ask() == QMessageBox::Yes)
             finishClosing(event);
         else
             stayOpen(event);
@@ -115,7 +134,9 @@ void MainDialog::closeEvent(QCloseEvent *event)
     }
     QCoreApplication::processEvents();
     QCoreApplication::processEvents();
-    switch (askToSave(this)) {
+    Question question(tr("Test dealer closing"), tr("Save modems settings?"),
+        QMessageBox::Save | QMessageBox::No | QMessageBox::Cancel, this);
+    switch (question.ask()) {
     case QMessageBox::Save:
         // The page has told the user when it could not; the window goes all the same.
         if (saveSettings())

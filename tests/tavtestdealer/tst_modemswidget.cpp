@@ -1,0 +1,258 @@
+#include "marktranslator.h"
+#include "modalbox.h"
+#include "modemswidget.h"
+#include "testdialwidget.h"
+#include "touchstyle.h"
+
+#include "busnames.h"
+#include "modemsettings.h"
+#include "privatebus.h"
+#include "tavbusqueryhandler.h"
+
+#include <QButtonGroup>
+#include <QPushButton>
+#include <QStackedWidget>
+#include <QTest>
+
+#include <memory>
+
+namespace {
+
+ModemInfo modem(const QString &name)
+{
+    ModemInfo info;
+    info.setConnectionName(name);
+    info.setPortName(QStringLiteral("ttyUSB0"));
+    return info;
+}
+
+void store(const QStringList &names)
+{
+    QMap<QString, ModemInfo> modems;
+    for (const QString &name : names)
+        modems.insert(name, modem(name));
+    ModemSettings().setModems(modems);
+    ModemSettings().setConnectionsOrder(names);
+}
+
+QStringList stored()
+{
+    return ModemSettings().connectionsOrder();
+}
+
+/// Saves a record that holds connections of these names under an owner.
+void save(const QString &owner, const QStringList &names)
+{
+    const QVariantList before = ModemSettings().toSettingsList();
+    store(names);
+    tavbus::ClientSettings settings;
+    settings.setOwner(owner);
+    settings.setDt(QDateTime::currentDateTime());
+    settings.setSettings(ModemSettings().toSettingsList());
+    ModemSettings().setSettingsList(before);
+    tavbus::TavBusQueryHandler handler(tavbus::BUSNAME_TESTDEALER);
+    QVERIFY(handler.open());
+    QVERIFY(handler.saveSettings(settings));
+}
+
+std::unique_ptr<tavbus::ClientSettings> saved(const QString &owner)
+{
+    auto settings = std::make_unique<tavbus::ClientSettings>();
+    tavbus::TavBusQueryHandler handler(tavbus::BUSNAME_TESTDEALER);
+    return handler.open() && handler.loadSettings(owner, *settings) ? std::move(settings) : nullptr;
+}
+
+QPushButton *button(const QWidget &page, const char *name)
+{
+    return page.findChild<QPushButton *>(QLatin1String(name));
+}
+
+const QStringList theirs{QStringLiteral("theirs")};
+const QStringList ours{QStringLiteral("ours")};
+const std::initializer_list<const char *> buttonNames
+    = {"pbDialPage", "pbAskPage", "pbSearchPage", "pbSaveSettings"};
+
+} // namespace
+
+class ModemsWidgetTest : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void initTestCase() { QApplication::setStyle(new TouchStyle); }
+    void init()
+    {
+        m_bus = std::make_unique<PrivateBus>();
+        store({});
+    }
+    void cleanup() { m_bus.reset(); }
+
+    void form()
+    {
+        ModemsWidget page;
+        page.show();
+        QCOMPARE(page.windowTitle(), QStringLiteral("Form"));
+        QCOMPARE(button(page, "pbDialPage")->text(), QStringLiteral("Dial test"));
+        QCOMPARE(button(page, "pbAskPage")->text(), QStringLiteral("Ask modem"));
+        QCOMPARE(button(page, "pbSearchPage")->text(), QStringLiteral("Settings"));
+        QCOMPARE(button(page, "pbSaveSettings")->text(), QStringLiteral("Save settings"));
+        for (const char *name : buttonNames) {
+            QCOMPARE(button(page, name)->minimumSize(), QSize(80, 60));
+            QCOMPARE(button(page, name)->font().pointSize(), 18);
+        }
+        QVERIFY(button(page, "pbDialPage")->isCheckable());
+        QVERIFY(button(page, "pbAskPage")->isCheckable());
+        QVERIFY(button(page, "pbSearchPage")->isCheckable());
+        QVERIFY(!button(page, "pbSaveSettings")->isCheckable());
+        QVERIFY(button(page, "pbDialPage")->isChecked());
+        const auto *stack = page.findChild<QStackedWidget *>(QStringLiteral("stackedWidget"));
+        QCOMPARE(stack->currentIndex(), 0);
+        QCOMPARE(stack->widget(0)->objectName(), QStringLiteral("pageDial"));
+        QVERIFY(qobject_cast<TestDialWidget *>(stack->widget(0)));
+        QVERIFY(stack->y() > button(page, "pbDialPage")->y());
+        QVERIFY(!page.workIsStarted());
+    }
+
+    void pageButtonsAreAnExclusiveGroup()
+    {
+        const ModemsWidget page;
+        const auto *group = page.findChild<QButtonGroup *>();
+        QVERIFY(group);
+        QVERIFY(group->exclusive());
+        QCOMPARE(group->id(button(page, "pbDialPage")), 0);
+        QCOMPARE(group->id(button(page, "pbAskPage")), 1);
+        QCOMPARE(group->id(button(page, "pbSearchPage")), 2);
+    }
+
+    void withoutARecordTheStoreStaysEmpty()
+    {
+        const ModemsWidget page;
+        QCOMPARE(stored(), QStringList());
+        QVERIFY(ModemSettings().modems().isEmpty());
+    }
+
+    void ownRecordIsLoadedFirst()
+    {
+        save(tavbus::BUSNAME_TAVMODEMS, theirs);
+        save(tavbus::BUSNAME_TESTDEALER, ours);
+        const ModemsWidget page;
+        QCOMPARE(stored(), ours);
+    }
+
+    void modemServicesRecordIsLoadedElse()
+    {
+        save(tavbus::BUSNAME_TAVMODEMS, theirs);
+        const ModemsWidget page;
+        QCOMPARE(stored(), theirs);
+        QCOMPARE(
+            ModemSettings().modems().value(theirs.first()).portName(), QStringLiteral("ttyUSB0"));
+    }
+
+    void withoutABusTheStoreIsLeftAsItIs()
+    {
+        store(ours);
+        m_bus->stop();
+        ModemsWidget page;
+        page.loadSettings();
+        QCOMPARE(stored(), ours);
+        m_bus->start();
+    }
+
+    void withoutARecordTheStoreIsLeftAsItIs()
+    {
+        store(ours);
+        ModemsWidget page;
+        page.loadSettings();
+        QCOMPARE(stored(), ours);
+    }
+
+    void recordThatIsNoneOfOursChangesNothing()
+    {
+        store(ours);
+        tavbus::ClientSettings settings;
+        settings.setOwner(tavbus::BUSNAME_TESTDEALER);
+        settings.setDt(QDateTime::currentDateTime());
+        settings.setSettings({QStringLiteral("rubbish"), 42});
+        tavbus::TavBusQueryHandler handler(tavbus::BUSNAME_TESTDEALER);
+        QVERIFY(handler.open());
+        QVERIFY(handler.saveSettings(settings));
+        const ModemsWidget page;
+        QCOMPARE(stored(), ours);
+    }
+
+    void saveGoesToTheModemServicesRecord()
+    {
+        ModemsWidget page;
+        page.show();
+        store(ours);
+        const QDateTime before = QDateTime::currentDateTime();
+        QTest::mousePress(button(page, "pbSaveSettings"), Qt::LeftButton);
+        QVERIFY(!saved(tavbus::BUSNAME_TAVMODEMS));
+        QTest::mouseRelease(button(page, "pbSaveSettings"), Qt::LeftButton);
+        const auto record = saved(tavbus::BUSNAME_TAVMODEMS);
+        QVERIFY(record);
+        QCOMPARE(record->owner(), tavbus::BUSNAME_TAVMODEMS);
+        QCOMPARE(record->description(), QStringLiteral("From test dealer"));
+        QCOMPARE(record->settings(), ModemSettings().toSettingsList());
+        QVERIFY(record->dt() >= before.addMSecs(-1));
+        QVERIFY(record->dt() <= QDateTime::currentDateTime());
+        QVERIFY(!saved(tavbus::BUSNAME_TESTDEALER));
+        QVERIFY(page.saveSettings());
+    }
+
+    void failedSaveShowsOneBoxAndKeepsTheStore()
+    {
+        ModemsWidget page;
+        page.show();
+        store(ours);
+        m_bus->stop();
+        ModalBoxes boxes({ModalBoxes::click(QMessageBox::Ok)});
+        QVERIFY(!page.saveSettings());
+        QCOMPARE(boxes.shown.size(), 1);
+        QCOMPARE(boxes.shown.first().title, QStringLiteral("Settings saving error"));
+        QCOMPARE(boxes.shown.first().text, QStringLiteral("Modems settings saving error"));
+        QCOMPARE(boxes.shown.first().buttons, QStringList{QStringLiteral("OK")});
+        QCOMPARE(boxes.shown.first().icon, QMessageBox::Critical);
+        QVERIFY(boxes.shown.first().lowestButton >= 48);
+        QCOMPARE(stored(), ours);
+        // The bus is back: nothing was lost.
+        m_bus->start();
+        QVERIFY(page.saveSettings());
+        QVERIFY(saved(tavbus::BUSNAME_TAVMODEMS));
+    }
+
+    void workHoldsTheButtons()
+    {
+        ModemsWidget page;
+        page.show();
+        auto *const dial = page.findChild<TestDialWidget *>();
+        emit dial->started();
+        QVERIFY(page.workIsStarted());
+        for (const char *name : buttonNames)
+            QVERIFY(!button(page, name)->isEnabled());
+        emit dial->started();
+        QVERIFY(page.workIsStarted());
+        emit dial->finished();
+        QVERIFY(!page.workIsStarted());
+        for (const char *name : buttonNames)
+            QVERIFY(button(page, name)->isEnabled());
+    }
+
+    void textsFollowTheLanguage()
+    {
+        const ModemsWidget page;
+        auto translator = std::make_unique<MarkTranslator>("ModemsWidget");
+        QTRY_COMPARE(button(page, "pbDialPage")->text(), QStringLiteral("xDial test"));
+        QCOMPARE(button(page, "pbAskPage")->text(), QStringLiteral("xAsk modem"));
+        QCOMPARE(button(page, "pbSearchPage")->text(), QStringLiteral("xSettings"));
+        QCOMPARE(button(page, "pbSaveSettings")->text(), QStringLiteral("xSave settings"));
+        translator.reset();
+        QTRY_COMPARE(button(page, "pbDialPage")->text(), QStringLiteral("Dial test"));
+    }
+
+private:
+    std::unique_ptr<PrivateBus> m_bus;
+};
+
+QTEST_MAIN(ModemsWidgetTest)
+#include "tst_modemswidget.moc"
