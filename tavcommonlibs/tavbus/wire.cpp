@@ -14,107 +14,138 @@ namespace {
 constexpr qint64 kNoStamp = std::numeric_limits<qint64>::min();
 constexpr auto kPackFormat = QDataStream::Qt_5_15;
 
-std::optional<QVariant> unwrap(const QVariant &value, int depth);
-
-std::optional<QVariant> unwrapList(const QVariantList &list, int depth)
+/// Takes a value out of its wrappings and counts the bytes that it will take packed, as it goes:
+/// one that is too large is given up before it is copied whole.
+class Unwrapper
 {
-    QVariantList plain;
-    plain.reserve(list.size());
-    for (const QVariant &item : list) {
-        const auto value = unwrap(item, depth);
-        if (!value)
+public:
+    explicit Unwrapper(qint64 limit)
+        : m_left(limit)
+    {
+    }
+
+    std::optional<QVariant> value(const QVariant &value, int depth)
+    {
+        if (depth > kMaxDepth)
             return {};
-        plain.append(*value);
-    }
-    return plain;
-}
-
-std::optional<QVariant> unwrapMap(const QVariantMap &map, int depth)
-{
-    QVariantMap plain;
-    for (auto it = map.cbegin(); it != map.cend(); ++it) {
-        const auto value = unwrap(it.value(), depth);
-        if (!value || !isText(it.key()))
+        if (value.userType() == qMetaTypeId<QDBusVariant>())
+            return this->value(value.value<QDBusVariant>().variant(), depth + 1);
+        if (value.userType() == qMetaTypeId<QDBusArgument>())
+            return marshalled(value.value<QDBusArgument>(), depth + 1);
+        if (!takes(kVariantHead))
             return {};
-        plain.insert(it.key(), *value);
-    }
-    return plain;
-}
-
-// A typed array of another client (of integers, say) becomes a list of variants.
-std::optional<QVariant> unwrapArray(const QDBusArgument &argument, int depth)
-{
-    QVariantList list;
-    argument.beginArray();
-    while (!argument.atEnd())
-        list.append(argument.asVariant());
-    argument.endArray();
-    return unwrapList(list, depth);
-}
-
-std::optional<QVariant> unwrapDictionary(const QDBusArgument &argument, int depth)
-{
-    QVariantMap map;
-    argument.beginMap();
-    while (!argument.atEnd()) {
-        argument.beginMapEntry();
-        const QVariant key = argument.asVariant();
-        const QVariant value = argument.asVariant();
-        argument.endMapEntry();
-        if (key.userType() != QMetaType::QString)
+        switch (value.userType()) {
+        case QMetaType::Bool:
+            return takes(1) ? std::optional(value) : std::nullopt;
+        case QMetaType::Int:
+        case QMetaType::UInt:
+            return takes(4) ? std::optional(value) : std::nullopt;
+        case QMetaType::LongLong:
+        case QMetaType::ULongLong:
+        case QMetaType::Double:
+            return takes(8) ? std::optional(value) : std::nullopt;
+        case QMetaType::QByteArray:
+            return takes(kCount + value.toByteArray().size()) ? std::optional(value) : std::nullopt;
+        case QMetaType::QString:
+            return passes(value.toString()) ? std::optional(value) : std::nullopt;
+        case QMetaType::QStringList: {
+            const QStringList texts = value.toStringList();
+            const auto good = [this](const QString &text) { return passes(text); };
+            return takes(kCount) && std::all_of(texts.cbegin(), texts.cend(), good)
+                ? std::optional(value)
+                : std::nullopt;
+        }
+        case QMetaType::QVariantList:
+            return list(value.toList(), depth + 1);
+        case QMetaType::QVariantMap:
+            return map(value.toMap(), depth + 1);
+        default:
             return {};
-        map.insert(key.toString(), value);
+        }
     }
-    argument.endMap();
-    return unwrapMap(map, depth);
-}
 
-std::optional<QVariant> unwrap(const QVariant &value, int depth)
-{
-    if (depth > kMaxDepth)
-        return {};
-    switch (value.userType()) {
-    case QMetaType::Bool:
-    case QMetaType::Int:
-    case QMetaType::UInt:
-    case QMetaType::LongLong:
-    case QMetaType::ULongLong:
-    case QMetaType::Double:
-    case QMetaType::QByteArray:
-        return value;
-    case QMetaType::QString:
-        return isText(value.toString()) ? std::optional(value) : std::nullopt;
-    case QMetaType::QStringList: {
-        const QStringList list = value.toStringList();
-        return std::all_of(list.cbegin(), list.cend(), isText) ? std::optional(value)
-                                                               : std::nullopt;
+private:
+    // QDataStream's sizes.
+    static constexpr int kVariantHead = 5; // type and null flag
+    static constexpr int kCount = 4; // of characters or items
+
+    bool takes(qint64 bytes)
+    {
+        m_left -= bytes;
+        return m_left >= 0;
     }
-    case QMetaType::QVariantList:
-        return unwrapList(value.toList(), depth + 1);
-    case QMetaType::QVariantMap:
-        return unwrapMap(value.toMap(), depth + 1);
-    default:
-        break;
+
+    bool passes(const QString &text) { return takes(kCount + 2 * text.size()) && isText(text); }
+
+    std::optional<QVariant> list(const QVariantList &items, int depth)
+    {
+        QVariantList plain;
+        plain.reserve(items.size());
+        if (!takes(kCount))
+            return {};
+        for (const QVariant &item : items) {
+            const auto unwrapped = value(item, depth);
+            if (!unwrapped)
+                return {};
+            plain.append(*unwrapped);
+        }
+        return plain;
     }
-    if (value.userType() == qMetaTypeId<QDBusVariant>())
-        return unwrap(value.value<QDBusVariant>().variant(), depth + 1);
-    if (value.userType() == qMetaTypeId<QDBusArgument>()) {
-        const auto argument = value.value<QDBusArgument>();
-        if (argument.currentType() == QDBusArgument::ArrayType)
-            return unwrapArray(argument, depth + 1);
-        if (argument.currentType() == QDBusArgument::MapType)
-            return unwrapDictionary(argument, depth + 1);
+
+    std::optional<QVariant> map(const QVariantMap &items, int depth)
+    {
+        QVariantMap plain;
+        if (!takes(kCount))
+            return {};
+        for (auto it = items.cbegin(); it != items.cend(); ++it) {
+            const auto unwrapped
+                = passes(it.key()) ? value(it.value(), depth) : std::optional<QVariant>();
+            if (!unwrapped)
+                return {};
+            plain.insert(plain.cend(), it.key(), *unwrapped);
+        }
+        return plain;
     }
-    return {};
-}
+
+    // What Qt has not taken apart itself: maps, lists, and typed arrays of other clients (of
+    // integers, say), which become lists.
+    std::optional<QVariant> marshalled(const QDBusArgument &argument, int depth)
+    {
+        if (!takes(kVariantHead))
+            return {};
+        if (argument.currentType() == QDBusArgument::ArrayType) {
+            QVariantList items;
+            argument.beginArray();
+            while (!argument.atEnd())
+                items.append(argument.asVariant());
+            argument.endArray();
+            return list(items, depth);
+        }
+        if (argument.currentType() != QDBusArgument::MapType)
+            return {};
+        QVariantMap items;
+        argument.beginMap();
+        while (!argument.atEnd()) {
+            argument.beginMapEntry();
+            const QVariant key = argument.asVariant();
+            const QVariant item = argument.asVariant();
+            argument.endMapEntry();
+            if (key.userType() != QMetaType::QString)
+                return {};
+            items.insert(key.toString(), item);
+        }
+        argument.endMap();
+        return map(items, depth);
+    }
+
+    qint64 m_left; // bytes
+};
 
 template <typename Container>
 std::optional<Container> checkedContainer(const Container &container, int limit)
 {
-    const std::optional<QVariant> plain = unwrapped(container);
-    if (!plain || packed(*plain).size() > limit)
-        return {};
-    return plain->value<Container>();
+    const std::optional<QVariant> plain = Unwrapper(limit).value(container, 0);
+    return plain ? std::optional(plain->value<Container>()) : std::nullopt;
 }
 
 } // namespace
@@ -134,11 +165,6 @@ bool isName(const QString &name)
 bool isText(const QString &text)
 {
     return !text.contains(QChar(QChar::Null)) && text.isValidUtf16();
-}
-
-std::optional<QVariant> unwrapped(const QVariant &value)
-{
-    return unwrap(value, 0);
 }
 
 QByteArray packed(const QVariant &value)

@@ -23,15 +23,13 @@ bool isName(const QString &name);
 /// Whether \a text arrives as it was sent: D-Bus ends a string at a NUL character.
 bool isText(const QString &text);
 
-/// \a value with everything that Qt left marshalled taken out of its wrapping; nothing when it
-/// holds a type that cannot cross the bus unchanged, or is nested too deep.
-std::optional<QVariant> unwrapped(const QVariant &value);
-
 /// \a value as bytes that keep its types; and back, nothing when the bytes are damaged.
 QByteArray packed(const QVariant &value);
 std::optional<QVariant> unpacked(const QByteArray &bytes);
 
-/// unwrapped() of a list or a map, when it also keeps within \a limit packed.
+/// The list or map with everything that Qt left marshalled taken out of its wrapping; nothing when
+/// it holds a type that cannot cross the bus unchanged, is nested too deep, or would take more than
+/// \a limit bytes packed.
 std::optional<QVariantList> checked(const QVariantList &list, int limit);
 std::optional<QVariantMap> checked(const QVariantMap &map, int limit);
 

@@ -32,7 +32,7 @@ private slots:
     void valuesThatCannotCross();
     void damagedBytes_data();
     void damagedBytes();
-    void sizeLimitIsThatOfThePackedValue();
+    void sizeLimitIsThatOfThePackedMap();
     void timeStamps_data();
     void timeStamps();
 };
@@ -86,16 +86,19 @@ void WireTest::values_data()
     QTest::newRow("table of nested maps") << QVariant(QVariantMap(
         {{QStringLiteral("a"), QVariantMap({{QStringLiteral("b"), QVariantList({1, 2U})}})},
             {QString(), QVariantMap()}, {QStringLiteral("c"), QStringList()}}));
-    QTest::newRow("deepest") << nested(wire::kMaxDepth);
+    QTest::newRow("deepest") << nested(wire::kMaxDepth - 1);
 }
 
 void WireTest::values()
 {
     QFETCH(const QVariant, value);
-    const auto plain = wire::unwrapped(value);
+    const QVariantList list{value};
+    const int size = wire::packed(list).size();
+    const auto plain = wire::checked(list, size);
     QVERIFY(plain);
-    QCOMPARE(plain->userType(), value.userType());
-    QCOMPARE(*plain, value);
+    QCOMPARE(plain->constFirst().userType(), value.userType());
+    QCOMPARE(*plain, list);
+    QVERIFY(!wire::checked(list, size - 1));
     const auto unpacked = wire::unpacked(wire::packed(value));
     QVERIFY(unpacked);
     QCOMPARE(unpacked->userType(), value.userType());
@@ -117,14 +120,15 @@ void WireTest::valuesThatCannotCross_data()
     QTest::newRow("character") << QVariant(QChar(QLatin1Char('a')));
     QTest::newRow("float") << QVariant(1.0F);
     QTest::newRow("hash") << QVariant(QVariantHash());
-    QTest::newRow("one too deep") << nested(wire::kMaxDepth + 1);
+    QTest::newRow("one too deep") << nested(wire::kMaxDepth);
     QTest::newRow("far too deep") << nested(2000);
 }
 
 void WireTest::valuesThatCannotCross()
 {
     QFETCH(const QVariant, value);
-    QVERIFY(!wire::unwrapped(value));
+    QVERIFY(!wire::checked(QVariantList({value}), wire::kMaxRecord));
+    QVERIFY(!wire::checked(QVariantMap({{QStringLiteral("a"), value}}), wire::kMaxRecord));
 }
 
 void WireTest::damagedBytes_data()
@@ -146,15 +150,12 @@ void WireTest::damagedBytes()
     QVERIFY(!wire::unpacked(bytes));
 }
 
-void WireTest::sizeLimitIsThatOfThePackedValue()
+void WireTest::sizeLimitIsThatOfThePackedMap()
 {
-    const QVariantList list{QByteArray(1000, 'x')};
-    const int size = wire::packed(list).size();
-    QVERIFY(wire::checked(list, size));
-    QVERIFY(!wire::checked(list, size - 1));
-    const QVariantMap map{{QStringLiteral("a"), list}};
-    QVERIFY(wire::checked(map, wire::packed(map).size()));
-    QVERIFY(!wire::checked(map, size));
+    const QVariantMap map{{QStringLiteral("a"), QByteArray(1000, 'x')}, {QString(), QVariantMap()}};
+    const int size = wire::packed(map).size();
+    QCOMPARE(wire::checked(map, size).value_or(QVariantMap()), map);
+    QVERIFY(!wire::checked(map, size - 1));
 }
 
 void WireTest::timeStamps_data()
