@@ -41,6 +41,7 @@ AtInterpreter::AtInterpreter(ModemState *modem, QObject *parent)
     , m_escape(this)
 {
     m_due.setSingleShot(true);
+    m_due.setTimerType(Qt::PreciseTimer); // a latency is never cut short
     connect(&m_due, &QTimer::timeout, this, [this] {
         m_busy = false;
         if (std::exchange(m_dialling, false))
@@ -101,7 +102,7 @@ void AtInterpreter::escaped()
 
 void AtInterpreter::receiveInCommand(char character)
 {
-    if (m_dialling) {
+    if (m_dialling && character != '\n') { // programs that end lines with CR LF are many
         // Any character gives the dialling up (V.250, 6.3.1).
         m_dialling = m_busy = false;
         m_due.stop();

@@ -2,7 +2,7 @@
 
 #include "busnames.h"
 #include "modemsettings.h"
-#include "portholder.h"
+#include "portuser.h"
 #include "privatefiles.h"
 #include "simulatedservice.h"
 #include "tavbusqueryhandler.h"
@@ -242,13 +242,13 @@ bool Machine::holdPort(const QString &modem, bool held)
     if (port.isEmpty())
         return false;
     m_journal.add(port + (held ? QStringLiteral(": taken") : QStringLiteral(": given back")));
-    std::unique_ptr<PortHolder> &holder = m_otherHolders[modem];
+    std::unique_ptr<PortUser> &holder = m_otherHolders[modem];
     if (!held) {
         holder.reset();
         return true;
     }
     if (!holder)
-        holder = std::make_unique<PortHolder>(port);
+        holder = std::make_unique<PortUser>(port);
     return holder->hold();
 }
 

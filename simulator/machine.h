@@ -9,7 +9,7 @@
 #include <map>
 #include <memory>
 
-class PortHolder;
+class PortUser;
 class SimulatedService;
 class WebPage;
 
@@ -54,5 +54,5 @@ private:
     ModemRack m_modems;
     QMap<QString, SimulatedService *> m_services; // children of this
     QMap<QString, WebPage *> m_pages; // children of this
-    std::map<QString, std::unique_ptr<PortHolder>> m_otherHolders;
+    std::map<QString, std::unique_ptr<PortUser>> m_otherHolders;
 };

@@ -1,8 +1,12 @@
 #include "simulatedservice.h"
 
+#include "acceptorstate.h"
 #include "busnames.h"
 #include "journal.h"
-#include "portholder.h"
+#include "modemservicestate.h"
+#include "portuser.h"
+#include "printservicestatetavbuswrapper.h"
+#include "watchdogstate.h"
 
 namespace {
 
@@ -23,7 +27,7 @@ SimulatedService::SimulatedService(const QString &name, const ScenarioService &s
     , m_fault(scenario.fault)
 {
     for (const QString &port : ports)
-        m_ports.push_back(std::make_unique<PortHolder>(port));
+        m_ports.push_back(std::make_unique<PortUser>(port));
     connect(&m_agent, &tavbus::TavBusAgent::commandReceived, this, &SimulatedService::obey);
     // A broker that came back without its store would not know the state.
     connect(&m_agent, &tavbus::TavBusAgent::opened, this, &SimulatedService::publishState);
@@ -122,21 +126,29 @@ void SimulatedService::publishState()
 QVariantMap SimulatedService::body() const
 {
     if (m_name == tavbus::BUSNAME_TAVMODEMS) {
-        int mode = m_running ? 2 : 6; // ready, stopped
+        ModemServiceState state;
         if (m_change.isActive())
-            mode = m_target ? 1 : 5; // starting, stopping
-        return {{QStringLiteral("serviceMode"), mode}};
+            state.setServiceMode(
+                m_target ? ModemServiceState::Starting : ModemServiceState::Stopping);
+        else
+            state.setServiceMode(m_running ? ModemServiceState::Ready : ModemServiceState::Stopped);
+        return state.toStateBody();
     }
-    if (m_name == tavbus::BUSNAME_WATCHDOGS)
-        return {{QStringLiteral("state"), m_running ? 2 : 0}};
-    if (m_name == tavbus::BUSNAME_PRINTSERVICE)
-        return {{QStringLiteral("serviceState"), m_running ? 2 : 5}};
+    if (m_name == tavbus::BUSNAME_WATCHDOGS) {
+        WatchdogState state;
+        state.setState(m_running ? WatchdogState::RUNNING : 0);
+        return state.toStateBody();
+    }
+    if (m_name == tavbus::BUSNAME_PRINTSERVICE) {
+        constexpr int kReady = 2;
+        PrintServiceStateTavbusWrapper state;
+        state.setState(PrintServiceState(m_running ? kReady : PrintServiceState::STOPPED));
+        return state.toStateBody();
+    }
     if (m_name == tavbus::BUSNAME_ACCEPTORS) {
-        QVariantList acceptors;
-        for (int id = 0; id < 2; ++id)
-            acceptors.append(QVariantMap{
-                {QStringLiteral("thread_id"), id}, {QStringLiteral("disabled"), !m_running}});
-        return {{QStringLiteral("acceptors"), acceptors}};
+        AcceptorState state;
+        state.setAcceptors({{0, !m_running}, {1, !m_running}}); // a bill and a coin acceptor
+        return state.toStateBody();
     }
     return {{QStringLiteral("touch"), m_running}};
 }

@@ -9,7 +9,7 @@
 #include <vector>
 
 class Journal;
-class PortHolder;
+class PortUser;
 
 /// One of the terminal's services on the bus: obeys its commands, publishes its state when it
 /// changes and every few seconds, and holds the modems' ports while it runs when it is the one that
@@ -44,7 +44,7 @@ private:
     const ScenarioService m_scenario;
     Journal *const m_journal; // the machine's
     tavbus::TavBusAgent m_agent;
-    std::vector<std::unique_ptr<PortHolder>> m_ports;
+    std::vector<std::unique_ptr<PortUser>> m_ports;
     QTimer m_period;
     QTimer m_change; // from a command to the new state
     QString m_fault;

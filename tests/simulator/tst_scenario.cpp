@@ -64,8 +64,7 @@ void TestScenario::badScenarioIsRefusedWithItsPlace_data()
         return QByteArray(R"({"modems": [{"name": "gsm1", "profile": "huawei-e173", )") + inside
             + "}]}";
     };
-    QTest::newRow("no JSON") << QByteArray("{,}")
-                             << "not JSON: unterminated object at byte 2";
+    QTest::newRow("no JSON") << QByteArray("{,}") << "not JSON: unterminated object at byte 2";
     QTest::newRow("a list") << QByteArray("[]") << "the whole file: must be an object";
     QTest::newRow("unknown key") << QByteArray(R"({"modem": []})") << "modem: is not known";
     QTest::newRow("modems not a list")
