@@ -107,7 +107,8 @@ void Machine::setEnvironment()
     qputenv("DBUS_SYSTEM_BUS_ADDRESS", bus);
     qputenv("DBUS_SESSION_BUS_ADDRESS", bus);
     qunsetenv("TAV_TERMINAL_CONF");
-    qputenv("PATH", "/run/terminal/bin:" + qgetenv("PATH") + ":/usr/sbin:/usr/bin:/sbin:/bin");
+    // The terminal's programs come before whatever stands first for the caller.
+    qputenv("PATH", "/run/terminal/bin:/usr/sbin:/usr/bin:/sbin:/bin:" + qgetenv("PATH"));
     // An X server's key is found through the home directory unless it is named.
     const QByteArray key = qgetenv("HOME") + "/.Xauthority";
     if (!qEnvironmentVariableIsSet("XAUTHORITY") && QFileInfo::exists(QFile::decodeName(key)))
