@@ -31,7 +31,7 @@ QString resolved(const QString &address)
 BusConnection::BusConnection(QObject *parent)
     : QObject(parent)
     , m_name(uniqueName())
-    , m_bus(m_name)
+    , m_bus(QString())
 {
 }
 
@@ -68,9 +68,8 @@ bool BusConnection::isOpen() const
 
 void BusConnection::close()
 {
-    m_bus = QDBusConnection(m_name);
-    QDBusConnection::disconnectFromBus(m_name);
     m_bus = QDBusConnection(QString());
+    QDBusConnection::disconnectFromBus(m_name);
 }
 
 } // namespace tavbus

@@ -29,7 +29,7 @@ public:
         if (depth > kMaxDepth)
             return {};
         if (value.userType() == qMetaTypeId<QDBusVariant>())
-            return this->value(value.value<QDBusVariant>().variant(), depth + 1);
+            return this->value(value.value<QDBusVariant>().variant(), depth); // D-Bus allows 64
         if (value.userType() == qMetaTypeId<QDBusArgument>())
             return marshalled(value.value<QDBusArgument>(), depth + 1);
         if (!takes(kVariantHead))

@@ -204,7 +204,12 @@ void StoreTest::databaseIsSetUpToLast()
     {
         Store store;
         QVERIFY(store.open(file()));
-        QVERIFY(QFile::exists(file() + QStringLiteral("-wal")));
+        for (const QString &suffix : {QString(), QStringLiteral("-wal")}) {
+            const auto others
+                = QFile::ReadGroup | QFile::WriteGroup | QFile::ReadOther | QFile::WriteOther;
+            QVERIFY(QFile::exists(file() + suffix));
+            QCOMPARE(QFile::permissions(file() + suffix) & others, QFile::Permissions());
+        }
     }
     QCOMPARE(sql(file(), QStringLiteral("PRAGMA journal_mode")).toString(), QStringLiteral("wal"));
     QCOMPARE(sql(file(), QStringLiteral("PRAGMA user_version")).toInt(), Store::kVersion);

@@ -143,6 +143,14 @@ void TavBusQueryHandlerTest::typesSurvive_data()
     QTest::newRow("nested") << QVariant(QVariantMap({{QStringLiteral("a"),
         QVariantList({QVariantMap({{QStringLiteral("b"), QStringList()}}), QVariantList(),
             QVariantList({QVariantList({QByteArray("c")})})})}}));
+    QVariant lists = 1;
+    QVariant maps = 1;
+    for (int i = 0; i < 15; ++i) {
+        lists = QVariantList({lists});
+        maps = QVariantMap({{QStringLiteral("a"), maps}});
+    }
+    QTest::newRow("as deep as may be, of lists") << lists;
+    QTest::newRow("as deep as may be, of maps") << maps;
 }
 
 void TavBusQueryHandlerTest::typesSurvive()

@@ -59,15 +59,15 @@ void Broker::registerAgent(const QString &agent, bool listen)
     if (!m_agents.isKnown(caller))
         m_callers.addWatchedService(caller);
     const QDBusReply<uint> user = m_bus.interface()->serviceUid(caller);
-    auto answer = AgentRegistry::Answer::Taken;
+    auto result = AgentRegistry::Answer::Taken;
     if (user.isValid())
-        answer = m_agents.add(agent, caller, user.value(), listen);
+        result = m_agents.add(agent, caller, user.value(), listen);
     if (!m_agents.isKnown(caller))
         m_callers.removeWatchedService(caller);
-    if (answer == AgentRegistry::Answer::Taken)
+    if (result == AgentRegistry::Answer::Taken)
         sendErrorReply(
             ERROR_NAME_TAKEN, QStringLiteral("\"%1\" is held by another user").arg(agent));
-    else if (answer == AgentRegistry::Answer::TooMany)
+    else if (result == AgentRegistry::Answer::TooMany)
         sendErrorReply(
             QDBusError::LimitsExceeded, QStringLiteral("too many agents or connections"));
     else if (listen)

@@ -9,7 +9,6 @@
 
 #include <csignal>
 #include <sys/signalfd.h>
-#include <sys/stat.h>
 
 namespace {
 
@@ -33,7 +32,6 @@ int endingSignals()
 int main(int argc, char *argv[])
 {
     const int signalDescriptor = endingSignals();
-    ::umask(S_IRWXG | S_IRWXO); // what the services keep is nobody else's to read
     QCoreApplication app(argc, argv);
     QCoreApplication::setApplicationName(QStringLiteral("tavbusd"));
 

@@ -7,6 +7,10 @@
 #include <QSqlError>
 #include <QVariant>
 
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
 namespace tavbus {
 
 namespace {
@@ -162,6 +166,11 @@ std::optional<ClientState> Store::state(const QString &agent) const
 Store::Opened Store::tryOpen(const QString &file)
 {
     close();
+    // Records hold passwords. SQLite gives its other files the permissions of this one.
+    const int created = ::open(
+        QFile::encodeName(file).constData(), O_CREAT | O_RDONLY | O_CLOEXEC, S_IRUSR | S_IWUSR);
+    if (created >= 0)
+        ::close(created);
     m_database = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), kConnection);
     m_database.setDatabaseName(file);
     m_database.setConnectOptions(QStringLiteral("QSQLITE_BUSY_TIMEOUT=%1").arg(m_patience.count()));
