@@ -1,0 +1,197 @@
+#include "terminalconf.h"
+#include "testdealerroot.h"
+
+#include "qtsingleapplication.h"
+
+#include <QDir>
+#include <QLibraryInfo>
+#include <QLocale>
+#include <QProcess>
+#include <QTemporaryDir>
+#include <QTest>
+#include <QTextCodec>
+#include <QTranslator>
+
+namespace {
+
+class Probe : public RootSingleton<Probe>
+{
+public:
+    static Probe *first() { return _instance; }
+};
+
+/// A translation file in which "Warning" of the root's context reads as given.
+void makeTranslation(const QString &path, const QString &warning)
+{
+    const QString source = path + QStringLiteral(".ts");
+    QFile file(source);
+    QVERIFY(file.open(QIODevice::WriteOnly));
+    file.write("<!DOCTYPE TS><TS version=\"2.1\"><context><name>TestDealerRoot</name><message>"
+               "<source>Warning</source><translation>"
+        + warning.toUtf8() + "</translation></message></context></TS>");
+    file.close();
+    const QString program
+        = QLibraryInfo::location(QLibraryInfo::BinariesPath) + QStringLiteral("/lrelease");
+    QCOMPARE(QProcess::execute(
+                 program, {QStringLiteral("-silent"), source, QStringLiteral("-qm"), path}),
+        0);
+    QVERIFY(QFile::remove(source));
+}
+
+/// The translations that one call of setUpLocale() has made.
+class Translations
+{
+public:
+    explicit Translations(TestDealerRoot *root)
+        : m_root(root)
+    {
+    }
+    ~Translations()
+    {
+        for (QTranslator *translator : list())
+            delete translator;
+    }
+    Translations(const Translations &) = delete;
+    Translations &operator=(const Translations &) = delete;
+
+    QList<QTranslator *> list() const { return m_root->findChildren<QTranslator *>(); }
+    int loaded() const
+    {
+        int count = 0;
+        for (const QTranslator *translator : list())
+            count += translator->isEmpty() ? 0 : 1;
+        return count;
+    }
+
+private:
+    TestDealerRoot *const m_root;
+};
+
+const QLocale russian(QLocale::Russian, QLocale::Russia);
+
+} // namespace
+
+class TestDealerRootTest : public QObject
+{
+    Q_OBJECT
+
+public:
+    explicit TestDealerRootTest(TestDealerRoot *root)
+        : m_root(root)
+    {
+    }
+
+private slots:
+    void init()
+    {
+        m_box = std::make_unique<QTemporaryDir>();
+        m_conf = std::make_unique<TerminalConf>(
+            QStringLiteral("\n[paths]\ntranslations=%1\n").arg(m_box->path()));
+    }
+    void cleanup()
+    {
+        m_conf.reset();
+        QLocale::setDefault(QLocale::c());
+    }
+
+    void firstRootIsKept()
+    {
+        QCOMPARE(Probe::first(), nullptr);
+        {
+            const Probe probe;
+            QCOMPARE(Probe::first(), &probe);
+            const Probe second;
+            QCOMPARE(Probe::first(), &probe);
+        }
+        QVERIFY(Probe::first());
+    }
+
+    void applicationIsASingleOne()
+    {
+        QVERIFY(qobject_cast<QtSingleApplication *>(QCoreApplication::instance()));
+        QVERIFY(!m_root->parent());
+        QVERIFY(!QCoreApplication::instance()->parent());
+    }
+
+    void everyStemIsLoadedOnceForTheLocale()
+    {
+        makeTranslation(m_box->filePath(QStringLiteral("a_ru.qm")), QStringLiteral("Внимание"));
+        makeTranslation(m_box->filePath(QStringLiteral("a_en.QM")), QStringLiteral("Careful"));
+        makeTranslation(m_box->filePath(QStringLiteral("b.qm")), QStringLiteral("b"));
+        QVERIFY(QFile::copy(m_box->filePath(QStringLiteral("b.qm")),
+            m_box->filePath(QStringLiteral("readme.txt"))));
+        QVERIFY(QDir(m_box->path()).mkdir(QStringLiteral("c_ru.qm")));
+        const Translations translations(m_root);
+        m_root->setUpLocale(russian);
+        QCOMPARE(translations.list().size(), 2);
+        QCOMPARE(translations.loaded(), 2);
+        for (const QTranslator *translator : translations.list())
+            QCOMPARE(translator->parent(), m_root);
+        // Which of two stems wins is left open; here only one of them is Russian.
+        const QString shown = TestDealerRoot::tr("Warning");
+        QVERIFY(shown == QStringLiteral("Внимание") || shown == QStringLiteral("b"));
+    }
+
+    void localeFallsBackFromTheFullNameToTheShort()
+    {
+        const QLocale portuguese(QLocale::Portuguese, QLocale::Portugal);
+        makeTranslation(m_box->filePath(QStringLiteral("tool_pt.qm")), QStringLiteral("short"));
+        const Translations translations(m_root);
+        m_root->setUpLocale(portuguese);
+        QCOMPARE(TestDealerRoot::tr("Warning"), QStringLiteral("short"));
+        makeTranslation(m_box->filePath(QStringLiteral("tool_pt_PT.qm")), QStringLiteral("full"));
+        m_root->setUpLocale(portuguese);
+        QCOMPARE(TestDealerRoot::tr("Warning"), QStringLiteral("full"));
+    }
+
+    void otherLanguagesAreSkippedSilently()
+    {
+        makeTranslation(m_box->filePath(QStringLiteral("tool_de.qm")), QStringLiteral("Achtung"));
+        const Translations translations(m_root);
+        m_root->setUpLocale(russian);
+        QCOMPARE(translations.list().size(), 1);
+        QCOMPARE(translations.loaded(), 0);
+        QCOMPARE(TestDealerRoot::tr("Warning"), QStringLiteral("Warning"));
+    }
+
+    void brokenTranslationIsSkippedSilently()
+    {
+        QFile file(m_box->filePath(QStringLiteral("tool_ru.qm")));
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        file.write(QByteArray("\x3c\xb8\x64\x18 rubbish"));
+        file.close();
+        const Translations translations(m_root);
+        m_root->setUpLocale(russian);
+        QCOMPARE(translations.loaded(), 0);
+        QCOMPARE(TestDealerRoot::tr("Warning"), QStringLiteral("Warning"));
+    }
+
+    void missingDirectoryInstallsNothing()
+    {
+        QVERIFY(QDir(m_box->path()).removeRecursively());
+        const Translations translations(m_root);
+        m_root->setUpLocale(russian);
+        QCOMPARE(translations.list().size(), 0);
+        QCOMPARE(QLocale(), russian);
+    }
+
+    void localeAndCodecBecomeTheDefault()
+    {
+        m_root->setUpLocale(russian);
+        QCOMPARE(QLocale(), russian);
+        QCOMPARE(QTextCodec::codecForLocale()->name(), QByteArray("UTF-8"));
+    }
+
+private:
+    TestDealerRoot *const m_root;
+    std::unique_ptr<QTemporaryDir> m_box;
+    std::unique_ptr<TerminalConf> m_conf;
+};
+
+int main(int argc, char **argv)
+{
+    TestDealerRoot root(argc, argv);
+    TestDealerRootTest test(&root);
+    return QTest::qExec(&test, argc, argv);
+}
+#include "tst_testdealerroot.moc"
