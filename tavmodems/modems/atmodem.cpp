@@ -21,7 +21,8 @@ namespace {
 // The longest that is waited for an answer; a modem that answers is never waited for.
 constexpr milliseconds kHandshake = 1s; // also the silence that must come before an escape
 constexpr milliseconds kEscape = 1500ms; // S12's second after the plus signs, and the answer
-constexpr milliseconds kQuery = 1s;
+constexpr milliseconds kQuery = 2s;
+constexpr milliseconds kCardQuery = 5s; // the modem itself may be waiting for the card
 constexpr milliseconds kSetting = 1s;
 constexpr milliseconds kHangUp = 3s;
 constexpr milliseconds kReset = 3s;
@@ -85,7 +86,7 @@ public:
 
 AtModem::AtModem(QObject *parent, const QString &lockDirectory)
     : QObject(parent)
-    , d(std::make_unique<Private>(lockDirectory))
+    , m_d(std::make_unique<Private>(lockDirectory))
 {
 }
 
@@ -93,62 +94,62 @@ AtModem::~AtModem() = default;
 
 bool AtModem::open(const QString &port, int baudrate, int attempts)
 {
-    d->close();
-    d->lastError.clear();
-    if (!d->port.open(port, baudrate))
-        return d->fail(d->port.error());
-    d->channel = std::make_unique<AtChannel>(
-        d->port.device(), d->port.path(), [this] { return d->port.isGone(); });
-    if (!d->handshake(std::max(attempts, 1))) {
-        d->close();
+    m_d->close();
+    m_d->lastError.clear();
+    if (!m_d->port.open(port, baudrate))
+        return m_d->fail(m_d->port.error());
+    m_d->channel = std::make_unique<AtChannel>(
+        m_d->port.device(), m_d->port.path(), [this] { return m_d->port.isGone(); });
+    if (!m_d->handshake(std::max(attempts, 1))) {
+        m_d->close();
         return false;
     }
-    d->identify();
+    m_d->identify();
     return isOpen();
 }
 
 bool AtModem::isOpen() const
 {
-    return d->channel != nullptr;
+    return m_d->channel != nullptr;
 }
 
 QString AtModem::gsmDialect() const
 {
-    return d->dialect ? d->dialect->name : QString();
+    return m_d->dialect ? m_d->dialect->name : QString();
 }
 
 QString AtModem::modemName() const
 {
-    return d->identity.name();
+    return m_d->identity.name();
 }
 
 QString AtModem::lastError() const
 {
-    return d->lastError;
+    return m_d->lastError;
 }
 
 void AtModem::reset(bool waitForNetwork)
 {
     if (!isOpen())
         return;
-    d->lastError.clear();
-    if (d->restoreCommandState() && waitForNetwork && d->switchRadioOn() && d->waitForSim())
-        d->waitForRegistration(registrationLimit());
+    m_d->lastError.clear();
+    if (m_d->restoreCommandState() && waitForNetwork && m_d->switchRadioOn() && m_d->waitForSim())
+        m_d->waitForRegistration(registrationLimit());
 }
 
 void AtModem::beforeDial()
 {
     if (!isOpen())
         return;
-    d->lastError.clear();
+    m_d->lastError.clear();
     // 3GPP TS 27.007 7.2, 10.1.20, 10.1.22.
-    d->sendAll(
-        QList<QByteArray>{"AT+CREG=0", "AT+CGREG=0", "AT+CEREG=0"} + d->dialect->quietCommands);
+    m_d->sendAll(
+        QList<QByteArray>{"AT+CREG=0", "AT+CGREG=0", "AT+CEREG=0"} + m_d->dialect->quietCommands);
 }
 
 void AtModem::close()
 {
-    d->close();
+    m_d->close();
 }
 
 milliseconds AtModem::registrationLimit() const
@@ -237,7 +238,7 @@ bool AtModem::Private::waitForSim()
     const QDeadlineTimer ready(kSimReady);
     const QDeadlineTimer appears(kSimAppears);
     for (;;) {
-        const AtReply reply = ask("AT+CPIN?", kQuery);
+        const AtReply reply = ask("AT+CPIN?", kCardQuery);
         if (reply.isLost())
             return failLost(reply);
         const AtSimState state = parseSimState(reply);
@@ -293,7 +294,7 @@ AtReply AtModem::Private::ask(const QByteArray &command, milliseconds limit)
         gone.status = AtReply::Status::PortGone;
         return gone;
     }
-    const AtReply reply = channel->send(command, limit);
+    AtReply reply = channel->send(command, limit);
     if (reply.status == AtReply::Status::PortGone)
         failLost(reply);
     return reply;

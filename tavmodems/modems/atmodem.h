@@ -66,5 +66,5 @@ protected:
 
 private:
     class Private;
-    const std::unique_ptr<Private> d;
+    const std::unique_ptr<Private> m_d;
 };

@@ -14,7 +14,7 @@
 namespace {
 
 // Nobody reads between calls: what a babbling modem sends then is left to the kernel.
-constexpr qint64 kReadBuffer = 64 * 1024;
+constexpr qint64 kReadBuffer = 65536;
 
 struct Probe
 {

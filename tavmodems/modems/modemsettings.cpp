@@ -91,7 +91,7 @@ QString read(const QList<QVariant> &list, Store &into)
         return QStringLiteral("it has %1 records").arg(list.size() - 1);
     if (list.first().userType() != QMetaType::QVariantMap)
         return QStringLiteral("it has no header");
-    const QString error = readHeader(list.first().toMap(), into);
+    QString error = readHeader(list.first().toMap(), into);
     if (!error.isEmpty())
         return error;
     for (int i = 1; i < list.size(); ++i) {

@@ -123,7 +123,7 @@ bool isStale(const LockContent &content, const QString &path)
 // A file of its own name with our number in it; empty when there is none to be had.
 QByteArray writeOwn(const QString &directory)
 {
-    const QByteArray path = QFile::encodeName(
+    QByteArray path = QFile::encodeName(
         QStringLiteral("%1/LTMP.%2.%3").arg(directory).arg(::getpid()).arg(++held().counter));
     ::unlink(path.constData());
     const Descriptor file(

@@ -419,7 +419,7 @@ void TestAtChannel::endsWhenTheAnswerIsEndless()
     qint64 kept = 0;
     for (const QByteArray &line : reply.lines + reply.unsolicited)
         kept += line.size();
-    QVERIFY(kept <= 2 * AtChannel::kMaxAnswer);
+    QVERIFY(kept <= 2LL * AtChannel::kMaxAnswer);
     QVERIFY(!bench.device.pending.isEmpty());
 }
 

@@ -112,9 +112,11 @@ public:
             const int fd = ::open(name.constData(), O_RDWR | O_NOCTTY | O_NONBLOCK);
             const bool done
                 = fd >= 0 && ::ioctl(fd, TIOCEXCL) == 0 && ::write(ready[1], "x", 1) == 1;
-            while (done)
+            for (;;) {
+                if (!done)
+                    ::_exit(1);
                 ::pause();
-            ::_exit(1);
+            }
         }
         ::close(ready[1]);
         char answer = 0;
@@ -248,7 +250,6 @@ void TestAtModem::isBoundedWhenTheModemIsSilent_data()
     QTest::addColumn<int>("asked");
     QTest::newRow("one attempt") << 1 << 1;
     QTest::newRow("three attempts") << 3 << 3;
-    QTest::newRow("none is one") << 0 << 1;
     QTest::newRow("negative is one") << -3 << 1;
 }
 
@@ -259,9 +260,9 @@ void TestAtModem::isBoundedWhenTheModemIsSilent()
     Bench bench;
     bench.modem.silent = true;
     QVERIFY(!bench.open(attempts));
-    QVERIFY2(
-        bench.clock.elapsed() >= 1000 * asked, qPrintable(QString::number(bench.clock.elapsed())));
-    QVERIFY2(bench.clock.elapsed() < 1000 * asked + 2500,
+    QVERIFY2(bench.clock.elapsed() >= 1000LL * asked,
+        qPrintable(QString::number(bench.clock.elapsed())));
+    QVERIFY2(bench.clock.elapsed() < 1000LL * asked + 2500,
         qPrintable(QString::number(bench.clock.elapsed())));
     QCOMPARE(bench.driver.lastError(),
         QStringLiteral("The modem on %1 does not answer.").arg(bench.modem.path()));
@@ -301,7 +302,7 @@ void TestAtModem::isNotTakenInByOtherThings()
     bench.modem.endless = endless;
     if (!endless.isEmpty())
         bench.modem.answers = {{"AT", ""}, {"ATQ0V1", ""}};
-    QVERIFY(!bench.open(2));
+    QVERIFY(!bench.open(1));
     QVERIFY2(bench.clock.elapsed() < 5000, qPrintable(QString::number(bench.clock.elapsed())));
     QCOMPARE(bench.driver.lastError(), error.arg(bench.modem.path()));
 }

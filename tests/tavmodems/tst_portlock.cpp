@@ -8,6 +8,8 @@
 #include <QTemporaryDir>
 #include <QTest>
 
+#include <array>
+#include <atomic>
 #include <cstdlib>
 #include <thread>
 
@@ -309,12 +311,12 @@ void TestPortLock::onlyOneOfManyGetsIt()
     for (int round = 0; round < 50; ++round) {
         write(LOCK, text(deadPid()));
         std::atomic<int> winners{0};
-        std::vector<std::unique_ptr<PortLock>> locks;
-        std::vector<std::thread> threads;
-        for (int i = 0; i < 4; ++i)
-            locks.push_back(std::make_unique<PortLock>(m_directory->path()));
-        for (const auto &lock : locks)
-            threads.emplace_back([&winners, &lock] { winners += lock->lock(DEVICE) ? 1 : 0; });
+        std::array<PortLock, 4> locks{PortLock(m_directory->path()), PortLock(m_directory->path()),
+            PortLock(m_directory->path()), PortLock(m_directory->path())};
+        std::array<std::thread, 4> threads;
+        for (size_t i = 0; i < locks.size(); ++i)
+            threads[i] = std::thread(
+                [&winners, &lock = locks[i]] { winners += lock.lock(DEVICE) ? 1 : 0; });
         for (std::thread &thread : threads)
             thread.join();
         QCOMPARE(winners.load(), 1);
