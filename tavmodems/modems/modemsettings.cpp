@@ -4,8 +4,7 @@
 #include "onelinetext.h"
 #include "wholenumber.h"
 
-#include <QMutex>
-#include <QMutexLocker>
+#include <mutex>
 
 namespace {
 
@@ -23,7 +22,7 @@ struct Store
 
 struct GuardedStore
 {
-    QMutex mutex;
+    std::mutex mutex;
     Store data;
 };
 
@@ -106,7 +105,7 @@ QString read(const QList<QVariant> &list, Store &into)
 
 QMap<QString, ModemInfo> ModemSettings::modems() const
 {
-    const QMutexLocker locker(&store().mutex);
+    const std::lock_guard<std::mutex> lock(store().mutex);
     return store().data.modems;
 }
 
@@ -115,25 +114,25 @@ void ModemSettings::setModems(const QMap<QString, ModemInfo> &modems)
     QMap<QString, ModemInfo> cleaned;
     for (auto it = modems.cbegin(); it != modems.cend(); ++it)
         cleaned.insert(onelinetext::cleaned(it.key()), it.value());
-    const QMutexLocker locker(&store().mutex);
+    const std::lock_guard<std::mutex> lock(store().mutex);
     store().data.modems = cleaned;
 }
 
 QStringList ModemSettings::connectionsOrder() const
 {
-    const QMutexLocker locker(&store().mutex);
+    const std::lock_guard<std::mutex> lock(store().mutex);
     return store().data.order;
 }
 
 void ModemSettings::setConnectionsOrder(const QStringList &order)
 {
-    const QMutexLocker locker(&store().mutex);
+    const std::lock_guard<std::mutex> lock(store().mutex);
     store().data.order = onelinetext::cleaned(order);
 }
 
 QList<QVariant> ModemSettings::toSettingsList() const
 {
-    const QMutexLocker locker(&store().mutex);
+    const std::lock_guard<std::mutex> lock(store().mutex);
     const Store &data = store().data;
     QVariantMap header = data.unknown;
     header[VERSION] = kVersion;
@@ -155,7 +154,7 @@ bool ModemSettings::setSettingsList(const QList<QVariant> &list)
         qCWarning(AT_MODEM).noquote() << "The modems settings are not taken:" << error;
         return false;
     }
-    const QMutexLocker locker(&store().mutex);
+    const std::lock_guard<std::mutex> lock(store().mutex);
     store().data = fresh;
     return true;
 }

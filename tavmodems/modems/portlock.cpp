@@ -7,14 +7,13 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
-#include <QMutex>
 #include <QSet>
 
 #include <cerrno>
 #include <chrono>
 #include <csignal>
 #include <cstring>
-#include <optional>
+#include <mutex>
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -35,7 +34,7 @@ constexpr std::chrono::seconds kHalfWritten = 10s;
 // the two always agree.
 struct Held
 {
-    QMutex mutex;
+    std::mutex mutex;
     QSet<QString> files;
     int counter = 0;
 };
@@ -192,7 +191,7 @@ bool PortLock::lock(const QString &device)
 
 PortLock::Outcome PortLock::lockFile(const QString &path)
 {
-    const QMutexLocker locker(&held().mutex);
+    const std::lock_guard<std::mutex> guard(held().mutex);
     const QByteArray file = QFile::encodeName(path);
     // Who takes it away in between, and gives it back, is not waited for any longer.
     for (int attempt = 0; attempt < 3; ++attempt) {
@@ -228,7 +227,7 @@ PortLock::Outcome PortLock::lockFile(const QString &path)
 
 void PortLock::unlock()
 {
-    const QMutexLocker locker(&held().mutex);
+    const std::lock_guard<std::mutex> guard(held().mutex);
     for (const QString &path : qAsConst(m_files)) {
         const QByteArray file = QFile::encodeName(path);
         if (readLock(file).pid == ::getpid())
