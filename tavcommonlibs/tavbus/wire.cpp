@@ -35,32 +35,12 @@ public:
         if (!takes(kVariantHead))
             return {};
         switch (value.userType()) {
-        case QMetaType::Bool:
-            return takes(1) ? std::optional(value) : std::nullopt;
-        case QMetaType::Int:
-        case QMetaType::UInt:
-            return takes(4) ? std::optional(value) : std::nullopt;
-        case QMetaType::LongLong:
-        case QMetaType::ULongLong:
-        case QMetaType::Double:
-            return takes(8) ? std::optional(value) : std::nullopt;
-        case QMetaType::QByteArray:
-            return takes(kCount + value.toByteArray().size()) ? std::optional(value) : std::nullopt;
-        case QMetaType::QString:
-            return passes(value.toString()) ? std::optional(value) : std::nullopt;
-        case QMetaType::QStringList: {
-            const QStringList texts = value.toStringList();
-            const auto good = [this](const QString &text) { return passes(text); };
-            return takes(kCount) && std::all_of(texts.cbegin(), texts.cend(), good)
-                ? std::optional(value)
-                : std::nullopt;
-        }
         case QMetaType::QVariantList:
             return list(value.toList(), depth + 1);
         case QMetaType::QVariantMap:
             return map(value.toMap(), depth + 1);
         default:
-            return {};
+            return passes(value) ? std::optional(value) : std::nullopt;
         }
     }
 
@@ -76,6 +56,33 @@ private:
     }
 
     bool passes(const QString &text) { return takes(kCount + 2 * text.size()) && isText(text); }
+
+    bool passes(const QVariant &value)
+    {
+        switch (value.userType()) {
+        case QMetaType::Bool:
+            return takes(1);
+        case QMetaType::Int:
+        case QMetaType::UInt:
+            return takes(4);
+        case QMetaType::LongLong:
+        case QMetaType::ULongLong:
+        case QMetaType::Double:
+            return takes(8);
+        case QMetaType::QByteArray:
+            return takes(kCount + value.toByteArray().size());
+        case QMetaType::QString:
+            return passes(value.toString());
+        case QMetaType::QStringList: {
+            const QStringList texts = value.toStringList();
+            return takes(kCount)
+                && std::all_of(texts.cbegin(), texts.cend(),
+                    [this](const QString &text) { return passes(text); });
+        }
+        default:
+            return false;
+        }
+    }
 
     std::optional<QVariant> list(const QVariantList &items, int depth)
     {
