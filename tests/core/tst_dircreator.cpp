@@ -44,6 +44,16 @@ private slots:
         QCOMPARE(modeOf(path), 0700);
     }
 
+    void whatIsCreatedInAGroupsDirectoryStaysTheGroups()
+    {
+        const QString path = m_box.filePath(QStringLiteral("shared"));
+        QVERIFY(QDir().mkdir(path));
+        QCOMPARE(chmod(QFile::encodeName(path).constData(), 02770), 0);
+        QVERIFY(DirCreator::checkAndCreate(path + QLatin1String("/a/b"), DirCreator::DEFAULT_ALL));
+        QCOMPARE(modeOf(path + QLatin1String("/a")), 02775);
+        QCOMPARE(modeOf(path + QLatin1String("/a/b")), 02775);
+    }
+
     void refuses_data()
     {
         QTest::addColumn<QString>("path");

@@ -5,6 +5,7 @@
 #include "servicescontroller.h"
 #include "tavbusqueryhandler.h"
 
+#include <QElapsedTimer>
 #include <QtTest>
 
 #include <memory>
@@ -102,10 +103,16 @@ private slots:
         FakeService modems(BUSNAME_TAVMODEMS);
         ClientState before;
         before.setBody(modemsBody(1));
-        ClientState state = before;
-        QVERIFY(m_controller->removeSettings(QStringLiteral("nobody"), false)); // connected
-        modems.publish(modemsBody(4), age);
-        QCOMPARE(m_controller->getClientState(BUSNAME_TAVMODEMS, state), isUsable);
+        ClientState state;
+        bool isGiven = false;
+        QElapsedTimer clock;
+        do { // again when the machine was so busy that the state grew a second older
+            clock.start();
+            state = before;
+            modems.publish(modemsBody(4), age);
+            isGiven = m_controller->getClientState(BUSNAME_TAVMODEMS, state);
+        } while (clock.elapsed() > 900);
+        QCOMPARE(isGiven, isUsable);
         if (isUsable)
             QCOMPARE(state.body(), modemsBody(4));
         else
