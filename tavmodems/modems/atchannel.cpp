@@ -19,6 +19,8 @@ namespace {
 // Silence after which a late answer is taken to have ended.
 constexpr std::chrono::milliseconds kQuiet = 150ms;
 constexpr int kChunk = 4096;
+// Lines of one answer that the log shows: a babbling modem must not drive all else out of it.
+constexpr int kMaxShown = 200;
 
 int remaining(const QDeadlineTimer &deadline)
 {
@@ -61,6 +63,7 @@ AtReply AtChannel::sendEscape(std::chrono::milliseconds limit)
 AtReply AtChannel::waitUnsolicited(std::chrono::milliseconds limit)
 {
     AtReply reply;
+    m_shown = 0;
     const QDeadlineTimer deadline(limit);
     QByteArray bytes;
     while (!deadline.hasExpired() && readSome(deadline, bytes)) {
@@ -85,12 +88,14 @@ AtReply AtChannel::exchange(
         reply.status = status;
         m_outOfStep = reply.isLost();
         if (m_outOfStep)
-            qCDebug(AT_MODEM).noquote() << m_name << "no end of answer:" << reply;
+            qCDebug(AT_MODEM).noquote() << m_name << "no end of answer:" << reply.status;
         return reply;
     };
 
     const QDeadlineTimer deadline(limit);
+    m_shown = 0;
     skipOldInput(deadline);
+    m_secret = secret;
     qCDebug(AT_MODEM).noquote() << m_name << "->" << atsecrets::masked(command);
     if (!write(bytes, deadline))
         return end(deadline.hasExpired() ? AtReply::Status::Timeout : AtReply::Status::PortGone);
@@ -176,13 +181,18 @@ void AtChannel::skipOldInput(const QDeadlineTimer &deadline)
             quiet.setRemainingTime(kQuiet);
         const QList<QByteArray> lines = m_lines.feed(bytes);
         for (const QByteArray &line : lines)
-            logIn(line, false);
+            logIn(line, m_secret); // a late echo of the command before
     }
     m_outOfStep = false;
 }
 
-void AtChannel::logIn(const QByteArray &line, bool secret) const
+void AtChannel::logIn(const QByteArray &line, bool secret)
 {
+    if (++m_shown > kMaxShown) {
+        if (m_shown == kMaxShown + 1)
+            qCDebug(AT_MODEM).noquote() << m_name << "<- and more, which is not shown";
+        return;
+    }
     const QByteArray shown = secret ? QByteArrayLiteral("***") : atsecrets::masked(line);
     qCDebug(AT_MODEM).noquote() << m_name << "<-" << logbinary(shown, "UTF-8");
 }

@@ -48,11 +48,13 @@ private:
     bool write(const QByteArray &bytes, const QDeadlineTimer &deadline);
     bool readSome(const QDeadlineTimer &deadline, QByteArray &bytes);
     void skipOldInput(const QDeadlineTimer &deadline);
-    void logIn(const QByteArray &line, bool secret) const;
+    void logIn(const QByteArray &line, bool secret);
 
     QIODevice *const m_device; // the caller's
     const QString m_name;
     const std::function<bool()> m_isGone;
     AtLines m_lines;
+    int m_shown = 0; // lines of the present answer in the log
+    bool m_secret = false; // the last command holds a PIN or a password
     bool m_outOfStep = false; // an answer may still be under way
 };

@@ -28,8 +28,9 @@ public:
      * name or the path of any terminal, `baudrate` bits per second, `attempts` how often the modem
      * is asked for a sign of life (at least once). An open port is closed first. False, with the
      * reason in lastError(), when there is no such port, another program holds it, or what is
-     * there does not answer as a modem does. A silent port costs a second per attempt, and a
-     * little over one more to call a modem back that was left in a data call.
+     * there does not answer as a modem does. A silent port costs a second per attempt, and one and
+     * a half to call a modem back that was left in a data call; a modem that falls silent while it
+     * is asked what it is costs two more.
      */
     bool open(const QString &port, int baudrate, int attempts);
     bool isOpen() const;
@@ -38,15 +39,16 @@ public:
     QString gsmDialect() const;
     /** Maker and model as the modem tells them; empty while closed or when it does not tell. */
     QString modemName() const;
-    /** Why the last open() or reset() failed: a sentence for the technician, else empty. */
+    /** Why the last open(), reset() or beforeDial() failed: a sentence for the technician, else
+     * empty. */
     QString lastError() const;
 
     /**
      * Brings the modem into a known command state: stored profile, no echo, results as words,
      * errors by number; at most 9 s, and 4 s when the modem has gone silent. With
      * `waitForNetwork` it also switches the radio on and waits until the SIM card is ready and the
-     * modem is registered: up to 15, 10 and 30 s more, less when waiting is of no use (no card,
-     * PIN asked). Returns at once when no port is open. How it failed is in lastError().
+     * modem is registered: about 15, 10 and 30 s more at most, less when waiting is of no use (no
+     * card, PIN asked). Returns at once when no port is open. How it failed is in lastError().
      */
     void reset(bool waitForNetwork);
 

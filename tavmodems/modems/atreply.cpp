@@ -33,6 +33,11 @@ const char *name(AtReply::Status status)
 
 } // namespace
 
+QDebug operator<<(QDebug debug, AtReply::Status status)
+{
+    return debug << name(status);
+}
+
 QDebug operator<<(QDebug debug, const AtReply &reply)
 {
     const QDebugStateSaver saver(debug);

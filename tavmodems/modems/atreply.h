@@ -36,4 +36,6 @@ struct AtReply
     }
 };
 
+QDebug operator<<(QDebug debug, AtReply::Status status);
+/** For test messages; not for logs, the lines may hold secrets. */
 QDebug operator<<(QDebug debug, const AtReply &reply);
