@@ -8,7 +8,7 @@
 namespace {
 
 // A configuration is written by hand; anything larger was never meant as one.
-constexpr qint64 kLargestFile = 1024 * 1024;
+constexpr qint64 kLargestFile = 1'024'000;
 
 QString dataHome()
 {

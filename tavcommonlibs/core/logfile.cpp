@@ -15,7 +15,7 @@
 
 namespace {
 
-constexpr std::size_t kFileSize = 8 * 1024 * 1024;
+constexpr std::size_t kFileSize = 8'000'000; // bytes
 constexpr unsigned int kMostFiles = 1000; // spdlog renames them one by one
 
 QString filePath(const QString &path)

@@ -18,13 +18,13 @@ constexpr int kWritingTime = 1000; // ms
 /// temporary one; empty when somebody else sits on that name.
 QString runtimeDirectory()
 {
-    const QString given = qEnvironmentVariable("XDG_RUNTIME_DIR");
+    QString given = qEnvironmentVariable("XDG_RUNTIME_DIR");
     const QFileInfo info(given);
     if (QDir::isAbsolutePath(given) && info.isDir() && info.ownerId() == geteuid()
         && info.isWritable())
         return given;
 
-    const QString own = QDir::tempPath() + QStringLiteral("/ovrel-%1").arg(geteuid());
+    QString own = QDir::tempPath() + QStringLiteral("/ovrel-%1").arg(geteuid());
     const QByteArray name = QFile::encodeName(own);
     struct stat status = {};
     if (mkdir(name.constData(), S_IRWXU) != 0 && errno != EEXIST)
