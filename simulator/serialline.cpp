@@ -69,7 +69,7 @@ bool SerialLine::makeLine()
     const QString device = QStringLiteral("/dev/") + m_name;
     if (!resetLine()
         || inotify_add_watch(m_watch, path, IN_OPEN | IN_CLOSE_WRITE | IN_CLOSE_NOWRITE) < 0
-        || !PrivateFiles::write(device, {})
+        || !(QFile::exists(device) || PrivateFiles::write(device, {}))
         || !PrivateFiles::bind(QString::fromLatin1(m_outerPath), device))
         return false;
     m_reader = new QSocketNotifier(m_master, QSocketNotifier::Read, this);
@@ -85,6 +85,18 @@ bool SerialLine::makeLine()
 
 void SerialLine::dropLine()
 {
+    const QByteArray device = "/dev/" + m_name.toLatin1();
+    while (umount2(device.constData(), MNT_DETACH) == 0)
+        continue;
+    ::unlink(device.constData());
+    dropNotifiers();
+    closeFile(&m_master); // hangs up whoever has the other end open
+    closeFile(&m_watch);
+    m_unsent.clear();
+}
+
+void SerialLine::dropNotifiers()
+{
     for (QSocketNotifier **notifier : {&m_reader, &m_writer, &m_userWatcher}) {
         if (*notifier != nullptr) {
             (*notifier)->setEnabled(false);
@@ -92,12 +104,18 @@ void SerialLine::dropLine()
             *notifier = nullptr;
         }
     }
-    const QByteArray device = "/dev/" + m_name.toLatin1();
-    umount2(device.constData(), MNT_DETACH);
-    ::unlink(device.constData());
-    closeFile(&m_master); // hangs up whoever has the other end open
-    closeFile(&m_watch);
-    m_unsent.clear();
+}
+
+// A new line is mounted over the old one before that goes, so that the device is never missing.
+void SerialLine::replaceLine()
+{
+    int oldMaster = std::exchange(m_master, -1);
+    int oldWatch = std::exchange(m_watch, -1);
+    dropNotifiers();
+    if (!makeLine())
+        dropLine();
+    closeFile(&oldMaster);
+    closeFile(&oldWatch);
 }
 
 // Makes the line as a real one is when it is opened for the first time, whatever the last program
@@ -159,10 +177,8 @@ void SerialLine::updateUsers()
     if (!isPlugged() || !std::exchange(m_open, false))
         return;
     m_unsent.clear();
-    if (!resetLine()) {
-        dropLine();
-        makeLine();
-    }
+    if (!resetLine())
+        replaceLine();
     emit hungUp();
 }
 

@@ -40,6 +40,8 @@ private:
     void writeRest();
     bool makeLine();
     void dropLine();
+    void dropNotifiers();
+    void replaceLine();
     bool resetLine();
 
     const QString m_name;

@@ -16,7 +16,8 @@ public:
     static constexpr int kRefused = 125;
 
     /// Calls `firstProcess` in the new namespaces and returns what it returned. Signals sent to the
-    /// caller meanwhile are passed on to it.
+    /// caller meanwhile are passed on to it. Afterwards the caller can start no threads and no
+    /// processes any more: they would belong to the namespaces that have ended.
     int run(const std::function<int()> &firstProcess);
 
     QString errorText() const { return m_errorText; }
