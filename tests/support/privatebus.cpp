@@ -57,13 +57,13 @@ class Question
 
 public:
     explicit Question(const QString &address)
-        : m_bus(QDBusConnection::connectToBus(address, kName))
+        : m_bus(QDBusConnection::connectToBus(address, m_name))
     {
     }
     ~Question()
     {
         m_bus = QDBusConnection(QString());
-        QDBusConnection::disconnectFromBus(kName);
+        QDBusConnection::disconnectFromBus(m_name);
     }
 
     QDBusConnectionInterface *bus() const
@@ -75,7 +75,7 @@ public:
     }
 
 private:
-    const QString kName = QStringLiteral("privatebus");
+    const QString m_name = QStringLiteral("privatebus");
     QDBusConnection m_bus;
 };
 

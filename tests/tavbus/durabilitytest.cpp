@@ -142,6 +142,7 @@ void DurabilityTest::noAcknowledgedSaveIsLostWhenTheBrokerIsKilled()
     const quint32 seed = QRandomGenerator::global()->generate();
     QRandomGenerator random(seed);
     std::vector<std::unique_ptr<Writer>> writers;
+    writers.reserve(kWriters);
     for (int i = 0; i < kWriters; ++i)
         writers.push_back(std::make_unique<Writer>(i, random.generate()));
 

@@ -346,7 +346,7 @@ void StoreTest::fullDiskKeepsTheFormerRecord()
     rlimit former{};
     QCOMPARE(::getrlimit(RLIMIT_FSIZE, &former), 0);
     rlimit small = former;
-    small.rlim_cur = 256 * 1024;
+    small.rlim_cur = 262144;
     const auto formerHandler = std::signal(SIGXFSZ, SIG_IGN);
     QCOMPARE(::setrlimit(RLIMIT_FSIZE, &small), 0);
     const auto change = store.saveSettings(record(kOwner, {QByteArray(512 * 1024, 'x')}));

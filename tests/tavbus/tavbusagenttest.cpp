@@ -219,26 +219,26 @@ void TavBusAgentTest::closeDuringAGapEndsTheTrying()
 
 void TavBusAgentTest::deletedInsideItsOwnSignals()
 {
-    QPointer<TavBusAgent> agent = new TavBusAgent(BUSNAME_WATCHDOGS);
+    QPointer<TavBusAgent> agent = new TavBusAgent(BUSNAME_WATCHDOGS, this);
     connect(agent, &TavBusAgent::opened, agent, [agent] { QVERIFY(agent->isOpen()); });
     QVERIFY(agent->open());
     connect(agent, &TavBusAgent::commandReceived, agent, [agent] { delete agent.data(); });
     QVERIFY(m_handler->sendMessage({BUSNAME_WATCHDOGS, kStop, {}}));
     QTRY_VERIFY(!agent);
 
-    agent = new TavBusAgent(BUSNAME_WATCHDOGS);
+    agent = new TavBusAgent(BUSNAME_WATCHDOGS, this);
     QVERIFY(agent->open());
     connect(agent, &TavBusAgent::closed, agent, [agent] { delete agent.data(); });
     m_bus->killBroker();
     QTRY_VERIFY(!agent);
 
-    agent = new TavBusAgent(BUSNAME_WATCHDOGS);
+    agent = new TavBusAgent(BUSNAME_WATCHDOGS, this);
     QVERIFY(agent->open());
     connect(agent, &TavBusAgent::opened, agent, [agent] { delete agent.data(); });
     m_bus->killBroker();
     QTRY_VERIFY(!agent);
 
-    agent = new TavBusAgent(BUSNAME_WATCHDOGS);
+    agent = new TavBusAgent(BUSNAME_WATCHDOGS, this);
     QVERIFY(agent->open());
     connect(agent, &TavBusAgent::closed, agent, [agent] { delete agent.data(); });
     m_bus->stop();
