@@ -449,6 +449,7 @@ private slots:
         start(QtWarningMsg);
         std::atomic<bool> isOver = false;
         std::vector<std::thread> loggers;
+        loggers.reserve(3);
         for (int i = 0; i < 3; ++i) {
             loggers.emplace_back([&] {
                 while (!isOver) {
@@ -479,6 +480,7 @@ private slots:
     {
         start();
         std::vector<std::thread> loggers;
+        loggers.reserve(4);
         for (int i = 0; i < 4; ++i) {
             loggers.emplace_back([i] {
                 for (int n = 0; n < 500; ++n)

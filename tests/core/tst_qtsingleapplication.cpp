@@ -174,6 +174,7 @@ private slots:
     void ofManyAtOnceOneIsTheFirst()
     {
         std::vector<std::unique_ptr<Instance>> instances;
+        instances.reserve(8);
         for (int i = 0; i < 8; ++i)
             instances.push_back(std::make_unique<Instance>(m_environment));
         int firsts = 0;

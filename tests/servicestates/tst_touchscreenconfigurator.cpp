@@ -78,7 +78,7 @@ private slots:
 private:
     QString writeScript(const QByteArray &body)
     {
-        const QString path = m_box->filePath(QStringLiteral("touchctl"));
+        QString path = m_box->filePath(QStringLiteral("touchctl"));
         QFile file(path);
         if (!file.open(QIODevice::WriteOnly) || file.write("#!/bin/sh\n" + body) < 0)
             qFatal("the test's own script cannot be written");
