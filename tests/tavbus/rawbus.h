@@ -5,7 +5,7 @@
 
 /**
  * A D-Bus connection by hand, which can say what no library would: wrong bytes. Little-endian, as
- * in the D-Bus Specification, "Message Protocol".
+ * D-Bus defines its message protocol.
  */
 class RawBus
 {
