@@ -145,6 +145,8 @@ bool PrivateFiles::mountSys()
         return fail(QStringLiteral("mounting a private /sys"));
     makeDirectory(QStringLiteral("/sys/class"));
     makeDirectory(QStringLiteral("/sys/bus"));
+    // Without it clients take udev for absent and do not listen for devices that come and go.
+    write(QStringLiteral("/run/udev/control"), {});
     makeDirectory(QStringLiteral("/sys/devices"));
     if (haveNetwork)
         QFile::link(network + QStringLiteral("/class/net"), QStringLiteral("/sys/class/net"));

@@ -10,6 +10,7 @@
 #include <QElapsedTimer>
 #include <QFile>
 #include <QHostInfo>
+#include <QLibrary>
 #include <QNetworkInterface>
 #include <QProcess>
 #include <QSerialPort>
@@ -106,6 +107,9 @@ private slots:
     void modemAnswersWhileTheBusIsStopped();
     void pulledModemEndsTheRead();
     void pulledModemLeavesTheList();
+    void whoListensHearsOfUnplugAndPlug();
+    void clientThatNobodyHereWrote_data();
+    void clientThatNobodyHereWrote();
     void modemIsPulledOnACommand();
     void resetTakesTheModemOffTheBus();
     void nothingOfOneSessionIsLeftForTheNext();
@@ -345,6 +349,73 @@ void TestInsideTerminal::pulledModemLeavesTheList()
     QCOMPARE(portsByName().size(), 12);
     Port modem(QStringLiteral("ttyUSB0"));
     QVERIFY(modem.ask("AT").endsWith("\r\nOK\r\n"));
+}
+
+void TestInsideTerminal::whoListensHearsOfUnplugAndPlug()
+{
+    QLibrary udev(QStringLiteral("udev"), 1);
+    const auto newContext = reinterpret_cast<void *(*)()>(udev.resolve("udev_new"));
+    const auto newMonitor = reinterpret_cast<void *(*)(void *, const char *)>(
+        udev.resolve("udev_monitor_new_from_netlink"));
+    const auto filter = reinterpret_cast<int (*)(void *, const char *, const char *)>(
+        udev.resolve("udev_monitor_filter_add_match_subsystem_devtype"));
+    const auto enable
+        = reinterpret_cast<int (*)(void *)>(udev.resolve("udev_monitor_enable_receiving"));
+    const auto receive
+        = reinterpret_cast<void *(*)(void *)>(udev.resolve("udev_monitor_receive_device"));
+    const auto action
+        = reinterpret_cast<const char *(*)(void *)>(udev.resolve("udev_device_get_action"));
+    const auto node
+        = reinterpret_cast<const char *(*)(void *)>(udev.resolve("udev_device_get_devnode"));
+    const auto dropDevice = reinterpret_cast<void *(*)(void *)>(udev.resolve("udev_device_unref"));
+    const auto dropMonitor
+        = reinterpret_cast<void *(*)(void *)>(udev.resolve("udev_monitor_unref"));
+    const auto dropContext = reinterpret_cast<void *(*)(void *)>(udev.resolve("udev_unref"));
+    QVERIFY(newContext && newMonitor && filter && enable && receive && action && node && dropDevice
+        && dropMonitor && dropContext);
+
+    void *const context = newContext();
+    void *const monitor = newMonitor(context, "udev");
+    QVERIFY(monitor != nullptr);
+    QCOMPARE(filter(monitor, "tty", nullptr), 0);
+    QCOMPARE(enable(monitor), 0);
+    m_terminal.unplug(kSimcom).waitForFinished();
+    m_terminal.plug(kSimcom).waitForFinished();
+    QList<QByteArray> heard;
+    while (void *const device = receive(monitor)) {
+        heard.append(QByteArray(action(device)) + ' ' + node(device));
+        dropDevice(device);
+    }
+    dropMonitor(monitor);
+    dropContext(context);
+    QCOMPARE(heard, QList<QByteArray>({"remove /dev/ttyUSB6", "add /dev/ttyUSB6"}));
+}
+
+void TestInsideTerminal::clientThatNobodyHereWrote_data()
+{
+    QTest::addColumn<QByteArray>("port");
+    QTest::addColumn<QByteArray>("imsi");
+    QTest::newRow("huawei") << QByteArray("ttyUSB2") << QByteArray("250011234567890");
+    QTest::newRow("zte") << QByteArray("ttyUSB5") << QByteArray("250021234567890");
+    QTest::newRow("simcom") << QByteArray("ttyUSB6") << QByteArray("250029876543210");
+    QTest::newRow("quectel") << QByteArray("ttyUSB9") << QByteArray("250991234567890");
+    QTest::newRow("generic") << QByteArray("ttyUSB11") << QByteArray("250011111111111");
+}
+
+void TestInsideTerminal::clientThatNobodyHereWrote()
+{
+    QFETCH(QByteArray, port);
+    QFETCH(QByteArray, imsi);
+    QFile settings(QDir::homePath() + QStringLiteral("/.gammurc"));
+    QVERIFY(settings.open(QIODevice::WriteOnly));
+    settings.write("[gammu]\ndevice=/dev/" + port + "\nconnection=at115200\n");
+    settings.close();
+    QProcess gammu;
+    gammu.start(QStringLiteral("gammu"), {QStringLiteral("--identify")});
+    QVERIFY(gammu.waitForFinished());
+    const QByteArray said = gammu.readAllStandardOutput();
+    QVERIFY2(gammu.exitCode() == 0, said.constData());
+    QVERIFY2(said.contains(imsi), said.constData());
 }
 
 void TestInsideTerminal::modemIsPulledOnACommand()
