@@ -90,6 +90,7 @@ bool Machine::writeFiles(const Scenario &scenario, QString *error)
             "while :; do\n"
             "    case \"${1:-}\" in\n"
             "    --) shift; break ;;\n"
+            "    -u | -g) shift 2 ;;\n"
             "    -*) shift ;;\n"
             "    *) break ;;\n"
             "    esac\n"

@@ -15,7 +15,9 @@
 
 namespace {
 
-constexpr int kUsage = 125;
+constexpr char kUsage[] = "terminalsim [--scenario FILE] [--publish PORT] -- PROGRAM [ARGUMENTS]\n"
+                          "Runs PROGRAM in a simulated payment terminal and ends with its status.\n"
+                          "FILE may be the name of a scenario that comes along, too.";
 
 void complain(const QString &text)
 {
@@ -45,17 +47,16 @@ bool TerminalSim::readArguments(const QStringList &arguments)
     const QCommandLineOption publish(QStringLiteral("publish"), {}, QStringLiteral("port"));
     const QCommandLineOption help(QStringList{QStringLiteral("h"), QStringLiteral("help")});
     parser.addOptions({scenario, publish, help});
-    const QString usage
-        = QStringLiteral("terminalsim [--scenario FILE] [--publish PORT] -- PROGRAM [ARGUMENTS]\n"
-                         "Runs PROGRAM in a simulated payment terminal and ends with its status.\n"
-                         "FILE may be the name of a scenario that comes along, too.");
     if (!parser.parse(QStringList(QString()) + arguments)) {
         complain(parser.errorText());
         return false;
     }
     m_program = parser.positionalArguments();
-    if (parser.isSet(help) || m_program.isEmpty()) {
-        complain(QStringLiteral("usage: ") + usage);
+    m_helpWanted = parser.isSet(help);
+    if (m_helpWanted)
+        return true;
+    if (m_program.isEmpty()) {
+        complain(QStringLiteral("usage: ") + QLatin1String(kUsage));
         return false;
     }
     QString error;
@@ -82,7 +83,11 @@ bool TerminalSim::readArguments(const QStringList &arguments)
 int TerminalSim::run(const QStringList &arguments)
 {
     if (!readArguments(arguments))
-        return kUsage;
+        return TerminalNamespace::kRefused;
+    if (m_helpWanted) {
+        std::puts(kUsage);
+        return 0;
+    }
     TerminalNamespace terminal;
     const int status = terminal.run([this] {
         PrivateFiles files;

@@ -19,6 +19,7 @@ private:
     Scenario m_scenario;
     QStringList m_program;
     QString m_broker;
+    bool m_helpWanted = false;
     int m_published = -1; // listening socket outside
     quint16 m_publishedPort = 0;
 };

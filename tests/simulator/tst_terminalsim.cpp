@@ -110,6 +110,7 @@ private slots:
     void portInUseIsTold();
     void withoutNamespacesItSaysWhatToDo();
     void sudoJustRuns();
+    void helpIsNoError();
 };
 
 void TestTerminalSim::exitStatusIsThePrograms_data()
@@ -344,9 +345,16 @@ void TestTerminalSim::withoutNamespacesItSaysWhatToDo()
 void TestTerminalSim::sudoJustRuns()
 {
     const Outcome outcome
-        = run(shell(QStringLiteral("sudo -n echo 'a  b' && sudo -- sh -c 'exit 5'")));
+        = run(shell(QStringLiteral("sudo -n -u root echo 'a  b' && sudo -- sh -c 'exit 5'")));
     QCOMPARE(outcome.status, 5);
     QCOMPARE(outcome.out, QByteArray("a  b\n"));
+}
+
+void TestTerminalSim::helpIsNoError()
+{
+    const Outcome outcome = run({QStringLiteral("--help")});
+    QCOMPARE(outcome.status, 0);
+    QVERIFY(outcome.out.startsWith("terminalsim [--scenario FILE]"));
 }
 
 QTEST_GUILESS_MAIN(TestTerminalSim)
