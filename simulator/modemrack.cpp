@@ -9,6 +9,7 @@ ModemRack::ModemRack(const QList<ScenarioModem> &modems, Journal *journal, QObje
     , m_journal(journal)
 {
     m_thread.setObjectName(QStringLiteral("modems"));
+    m_calls.moveToThread(&m_thread);
 }
 
 ModemRack::~ModemRack()
@@ -23,8 +24,7 @@ void ModemRack::inThread(const QString &modem, Function function) const
 {
     SimulatedModem *const target = m_modems.value(modem);
     if (target != nullptr)
-        QMetaObject::invokeMethod(
-            target, [target, function] { function(target); }, Qt::BlockingQueuedConnection);
+        m_calls.run([target, &function] { function(target); });
 }
 
 bool ModemRack::start(QString *error)

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "scenario.h"
+#include "threadcalls.h"
 
 #include <QMap>
 #include <QObject>
@@ -41,6 +42,7 @@ private:
     const QList<ScenarioModem> m_scenarios;
     Journal *const m_journal; // the machine's
     QThread m_thread;
+    mutable ThreadCalls m_calls; // lives in the thread
     QMap<QString, SimulatedModem *> m_modems; // deleted when the thread has ended
     QMap<QString, QString> m_dataPorts;
 };
