@@ -251,6 +251,24 @@ private slots:
         QVERIFY(wasStopped);
     }
 
+    // Without a window manager nothing else sets the question off from the window below.
+    void questionHasAnEdge()
+    {
+        MainDialog dialog;
+        dialog.show();
+        QImage shown;
+        ModalBoxes boxes({[&](QMessageBox *box) {
+            shown = box->grab().toImage();
+            box->button(QMessageBox::Cancel)->click();
+        }});
+        dialog.close();
+        const QColor edge = dialog.palette().color(QPalette::Active, QPalette::Highlight);
+        QCOMPARE(shown.pixelColor(0, shown.height() / 2), edge);
+        QCOMPARE(shown.pixelColor(shown.width() - 1, shown.height() / 2), edge);
+        QCOMPARE(shown.pixelColor(shown.width() / 2, 0), edge);
+        QCOMPARE(shown.pixelColor(shown.width() / 2, shown.height() - 1), edge);
+    }
+
     void storeIsSentBeforeTheQuestion()
     {
         MainDialog dialog;

@@ -2,6 +2,8 @@
 
 #include <QApplication>
 #include <QDialogButtonBox>
+#include <QMessageBox>
+#include <QPainter>
 #include <QStyleOption>
 
 namespace {
@@ -10,6 +12,7 @@ constexpr int targetHeight = 48;
 constexpr int buttonPadding = 16;
 constexpr int scrollBarExtent = 32;
 constexpr int textSize = 12; // points
+constexpr int boxEdge = 3;
 
 } // namespace
 
@@ -25,6 +28,26 @@ void TouchStyle::enlargeText()
     QFont font = QApplication::font();
     font.setPointSize(textSize);
     QApplication::setFont(font);
+}
+
+void TouchStyle::polish(QWidget *widget)
+{
+    QProxyStyle::polish(widget);
+    // Has the style asked to draw the ground of the box.
+    if (qobject_cast<QMessageBox *>(widget))
+        widget->setAttribute(Qt::WA_StyledBackground);
+}
+
+void TouchStyle::drawPrimitive(PrimitiveElement element, const QStyleOption *option,
+    QPainter *painter, const QWidget *widget) const
+{
+    QProxyStyle::drawPrimitive(element, option, painter, widget);
+    // A terminal has no window manager to put a frame around it: a question would melt into the
+    // window below.
+    if (element == PE_Widget && qobject_cast<const QMessageBox *>(widget)) {
+        painter->setPen(QPen(option->palette.color(QPalette::Highlight), 2 * boxEdge));
+        painter->drawRect(option->rect);
+    }
 }
 
 QSize TouchStyle::sizeFromContents(

@@ -3,8 +3,8 @@
 #include <QProxyStyle>
 
 /// Qt's own style with what a finger needs: push buttons and the rows of opened lists and menus at
-/// least 48 pixels high, scroll bars wide enough to be grabbed. A style, not a style sheet: that
-/// would slow every widget down, the first window above all.
+/// least 48 pixels high, scroll bars wide enough to be grabbed, and questions with an edge of their
+/// own. A style, not a style sheet: that would slow every widget down, the first window above all.
 class TouchStyle : public QProxyStyle
 {
     Q_OBJECT
@@ -18,6 +18,10 @@ public:
     /// only be set once there is an application object.
     static void enlargeText();
 
+    using QProxyStyle::polish;
+    void polish(QWidget *widget) override;
+    void drawPrimitive(PrimitiveElement element, const QStyleOption *option, QPainter *painter,
+        const QWidget *widget) const override;
     QSize sizeFromContents(ContentsType type, const QStyleOption *option, const QSize &size,
         const QWidget *widget) const override;
     int styleHint(StyleHint hint, const QStyleOption *option, const QWidget *widget,
