@@ -6,6 +6,7 @@
 #include <QSocketNotifier>
 #include <cerrno>
 #include <cstdlib>
+#include <cstring>
 #include <fcntl.h>
 #include <poll.h>
 #include <sys/inotify.h>
@@ -124,7 +125,7 @@ void SerialLine::replaceLine()
 // open this line any more.
 bool SerialLine::resetLine()
 {
-    int outer = open(m_outerPath.constData(), O_RDWR | O_NOCTTY | O_CLOEXEC | O_NONBLOCK);
+    int outer = open(m_outerPath.constData(), O_RDONLY | O_NOCTTY | O_CLOEXEC | O_NONBLOCK);
     if (outer < 0)
         return false;
     termios settings{};
@@ -139,47 +140,80 @@ bool SerialLine::resetLine()
 
 void SerialLine::readBytes()
 {
-    drain();
+    const QByteArray bytes = takeBytes();
+    if (!bytes.isEmpty())
+        emit received(bytes);
     updateUsers();
 }
 
-void SerialLine::drain()
+QByteArray SerialLine::takeBytes()
 {
-    char bytes[4096];
+    QByteArray bytes;
+    char chunk[4096];
     ssize_t count = 0;
-    while (m_master >= 0 && (count = read(m_master, bytes, sizeof bytes)) > 0)
-        emit received(QByteArray(bytes, static_cast<int>(count)));
+    while (m_master >= 0 && bytes.size() < kMostUnsent
+        && (count = read(m_master, chunk, sizeof chunk)) > 0)
+        bytes.append(chunk, static_cast<int>(count));
+    return bytes;
+}
+
+bool SerialLine::isHungUp() const
+{
+    pollfd line{m_master, 0, 0};
+    return poll(&line, 1, 0) > 0 && (line.revents & POLLHUP) != 0;
+}
+
+// Whether somebody has closed the line since the last time, perhaps before it was even seen open.
+// resetLine() opens it for reading only and is told apart by that.
+bool SerialLine::takeEvents()
+{
+    alignas(inotify_event) char events[4096];
+    bool wasUsed = false;
+    ssize_t size = 0;
+    while (m_watch >= 0 && (size = read(m_watch, events, sizeof events)) > 0) {
+        for (ssize_t at = 0; at < size;) {
+            inotify_event event{};
+            std::memcpy(&event, events + at, sizeof event);
+            at += static_cast<ssize_t>(sizeof event + event.len);
+            wasUsed = wasUsed || (event.mask & IN_CLOSE_WRITE) != 0;
+        }
+    }
+    return wasUsed;
 }
 
 void SerialLine::updateUsers()
 {
     // The events only say that something changed (equal ones are merged, so they cannot be
     // counted); whether anybody has the line open, the line itself knows.
-    char events[4096];
-    while (m_watch >= 0 && read(m_watch, events, sizeof events) > 0)
-        continue;
+    const bool wasUsed = takeEvents();
     if (!isPlugged())
         return;
-    pollfd line{m_master, POLLIN, 0};
-    poll(&line, 1, 0);
-    const bool open = (line.revents & POLLHUP) == 0;
-    if (open) {
+    if (!isHungUp()) {
         m_open = true;
         m_reader->setEnabled(true);
         return;
     }
-    const bool hadData = (line.revents & POLLIN) != 0;
-    if (!m_open && !hadData)
+    const QByteArray rest = takeBytes();
+    if (!m_open && !wasUsed && rest.isEmpty())
         return;
     m_reader->setEnabled(false);
-    m_open = true; // so that a quick program's command counts and its answer is merely lost
-    drain();
-    if (!isPlugged() || !std::exchange(m_open, false))
-        return;
     m_unsent.clear();
-    if (!resetLine())
-        replaceLine();
-    emit hungUp();
+    m_open = false;
+    if (isHungUp()) {
+        // What a quick program left counts, though nobody is there any more for the answer.
+        if (!rest.isEmpty())
+            emit received(rest);
+        if (isPlugged() && !resetLine() && isHungUp())
+            replaceLine();
+        emit hungUp();
+    } else {
+        // The next program is there already, and it may have been the one that wrote.
+        emit hungUp();
+        m_open = true;
+        m_reader->setEnabled(true);
+        if (!rest.isEmpty())
+            emit received(rest);
+    }
 }
 
 void SerialLine::send(const QByteArray &bytes)

@@ -35,8 +35,10 @@ signals:
 
 private:
     void readBytes();
-    void drain();
+    QByteArray takeBytes();
+    bool isHungUp() const;
     void updateUsers();
+    bool takeEvents();
     void writeRest();
     bool makeLine();
     void dropLine();

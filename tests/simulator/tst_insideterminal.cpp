@@ -114,6 +114,7 @@ private slots:
     void resetTakesTheModemOffTheBus();
     void nothingOfOneSessionIsLeftForTheNext();
     void soleUseEndsWithItsProgram();
+    void everySessionOfManyIsAnswered();
     void heldPortHasALockFile();
     void commandsAreListed();
 
@@ -470,6 +471,16 @@ void TestInsideTerminal::soleUseEndsWithItsProgram()
     QTRY_COMPARE(Port(QStringLiteral("ttyUSB6")).device().error(), QSerialPort::NoError);
     Port modem(QStringLiteral("ttyUSB6"));
     QVERIFY(modem.ask("AT").endsWith("\r\nOK\r\n"));
+}
+
+// One program after the other, with no time in between for the modem to notice.
+void TestInsideTerminal::everySessionOfManyIsAnswered()
+{
+    for (int i = 0; i < 200; ++i) {
+        Port modem(QStringLiteral("ttyUSB6"));
+        QVERIFY2(modem.isOpen(), qPrintable(QString::number(i)));
+        QVERIFY2(modem.ask("AT").endsWith("\r\nOK\r\n"), qPrintable(QString::number(i)));
+    }
 }
 
 void TestInsideTerminal::heldPortHasALockFile()
