@@ -17,7 +17,7 @@ namespace {
 class Probe : public RootSingleton<Probe>
 {
 public:
-    static Probe *first() { return _instance; }
+    static Probe *first() { return static_cast<Probe *>(_instance); }
 };
 
 /// A translation file in which "Warning" of the root's context reads as given.

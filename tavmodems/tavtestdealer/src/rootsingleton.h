@@ -9,12 +9,13 @@ protected:
     RootSingleton()
     {
         if (!_instance)
-            _instance = static_cast<T *>(this);
+            _instance = this;
     }
     ~RootSingleton() = default;
 
-    static T *_instance;
+    // Not a T yet where it is stored: the T is still to be constructed.
+    static RootSingleton<T> *_instance;
 };
 
 template <class T>
-T *RootSingleton<T>::_instance = nullptr;
+RootSingleton<T> *RootSingleton<T>::_instance = nullptr;
