@@ -152,6 +152,20 @@ private slots:
         mutex().unlock();
     }
 
+    void clearDropsWhatIsStillToFollow()
+    {
+        QTextBrowser browser;
+        LogPane pane(&browser, PANE());
+        for (int i = 0; i < 20000; ++i)
+            qCDebug(PANE, "line %d", i);
+        QVERIFY(browser.document()->blockCount() < 20000); // the flood is held back
+        pane.clear();
+        qCDebug(PANE, "new");
+        QTRY_COMPARE(texts(&browser), QStringList{QStringLiteral("new")});
+        QTest::qWait(0);
+        QCOMPARE(texts(&browser), QStringList{QStringLiteral("new")});
+    }
+
     void goneIsGone()
     {
         QTextBrowser browser;

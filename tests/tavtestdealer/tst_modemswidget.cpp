@@ -113,6 +113,16 @@ private slots:
         QVERIFY(!page.workIsStarted());
     }
 
+    void pagesThatAreNotThereHaveNoButtonOnTheScreen()
+    {
+        ModemsWidget page;
+        page.show();
+        QVERIFY(button(page, "pbDialPage")->isVisible());
+        QVERIFY(button(page, "pbSaveSettings")->isVisible());
+        QVERIFY(!button(page, "pbAskPage")->isVisible());
+        QVERIFY(!button(page, "pbSearchPage")->isVisible());
+    }
+
     void pageButtonsAreAnExclusiveGroup()
     {
         const ModemsWidget page;

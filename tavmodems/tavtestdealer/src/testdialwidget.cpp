@@ -44,7 +44,7 @@ TestDialWidget::~TestDialWidget()
 
 void TestDialWidget::testDial()
 {
-    ui->tbLog->clear();
+    m_logPane->clear();
     if (ui->cbModem->currentIndex() < 0)
         return;
     const ModemInfo modem = ModemSettings().modems().value(ui->cbModem->currentText());
