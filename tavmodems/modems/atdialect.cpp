@@ -12,7 +12,8 @@ const QList<AtDialect> &allDialects()
     // does no harm.
     static const QList<AtDialect> dialects{
         // ^CURC: periodic reports (^RSSI, ^MODE, ^DSFLOWRPT...).
-        {QStringLiteral("Huawei"), {QStringLiteral("huawei")}, QString(), {"AT^CURC=0"}},
+        {QStringLiteral("Huawei"), {QStringLiteral("huawei")}, QString(), {"AT^CURC=0"},
+            UssdForm::PackedHex},
         {QStringLiteral("ZTE"), {QStringLiteral("zte")}, QStringLiteral("^M[FS][0-9]{2,}"), {}},
         // +CIURC: the "Call Ready" kind.
         {QStringLiteral("SIMCom"), {QStringLiteral("simcom"), QStringLiteral("sim technology")},

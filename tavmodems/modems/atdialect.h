@@ -1,5 +1,7 @@
 #pragma once
 
+#include "ussd.h"
+
 #include <QByteArray>
 #include <QList>
 #include <QString>
@@ -14,6 +16,7 @@ struct AtDialect
     QStringList makers; ///< how the maker's name begins, lower case
     QString models; ///< pattern of models sold under the chip maker's name; may be empty
     QList<QByteArray> quietCommands; ///< stop the maker's own unsolicited lines
+    UssdForm ussdForm = UssdForm::Plain;
 };
 
 /** The dialect of a modem; the generic one when it is none of the known. Never fails. */
