@@ -436,6 +436,7 @@ private slots:
             many.insert(QString::number(i), modem(QString::number(i)));
         TestModemsCfg().setModems(many);
         std::vector<std::thread> threads;
+        threads.reserve(4);
         std::atomic<int> wrong{0};
         for (int thread = 0; thread < 4; ++thread) {
             threads.emplace_back([&many, &wrong, thread] {

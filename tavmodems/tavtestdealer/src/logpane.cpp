@@ -8,9 +8,9 @@
 
 namespace {
 
-// How long one turn of the event loop may be kept from the window: a third of what is felt as a
+// How long one turn of the event loop may be kept from the window: well below what is felt as a
 // stall, since laying out and painting come on top.
-constexpr qint64 turnLimit = 30 * 1000 * 1000; // ns
+constexpr qint64 turnLimit = 20'000'000; // ns
 
 QString colourOf(QtMsgType type)
 {

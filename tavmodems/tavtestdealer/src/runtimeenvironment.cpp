@@ -48,11 +48,11 @@ QString RuntimeEnvironment::privateTempDir(const QString &shared)
         return shared;
     const QString runtime = qEnvironmentVariable("XDG_RUNTIME_DIR");
     if (QDir::isAbsolutePath(runtime) && isSafe(QFile::encodeName(runtime), false)) {
-        const QString own = ownDirectory(runtime + QStringLiteral("/ovrel"));
+        QString own = ownDirectory(runtime + QStringLiteral("/ovrel"));
         if (!own.isEmpty())
             return own;
     }
-    const QString own = ownDirectory(QDir::tempPath() + QStringLiteral("/ovrel-%1").arg(geteuid()));
+    QString own = ownDirectory(QDir::tempPath() + QStringLiteral("/ovrel-%1").arg(geteuid()));
     if (!own.isEmpty())
         return own;
     // Somebody else sits on that name: take one that cannot be foreseen.
