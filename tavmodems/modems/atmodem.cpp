@@ -8,10 +8,12 @@
 #include "atport.h"
 #include "atregistration.h"
 #include "atsimstate.h"
+#include "balancetext.h"
 
 #include <QDeadlineTimer>
 
 #include <algorithm>
+#include <limits>
 
 using namespace std::chrono_literals;
 using std::chrono::milliseconds;
@@ -145,6 +147,11 @@ void AtModem::beforeDial()
     // 3GPP TS 27.007 7.2, 10.1.20, 10.1.22.
     m_d->sendAll(
         QList<QByteArray>{"AT+CREG=0", "AT+CGREG=0", "AT+CEREG=0"} + m_d->dialect->quietCommands);
+}
+
+double AtModem::parseModemBalance(const QString &answer)
+{
+    return findBalance(answer).value_or(std::numeric_limits<double>::quiet_NaN());
 }
 
 void AtModem::close()

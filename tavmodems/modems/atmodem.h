@@ -62,6 +62,13 @@ public:
     /** Closes the port and gives it free for other programs. */
     void close();
 
+    /**
+     * The balance in an operator's answer (findBalance()): the amount in the operator's currency,
+     * negative for a debt. Not a number (NaN) when the answer holds no amount, which no caller can
+     * take for an empty account; findBalance() tells the same by an empty optional.
+     */
+    static double parseModemBalance(const QString &answer);
+
 protected:
     /** How long reset() waits for a network. */
     virtual std::chrono::milliseconds registrationLimit() const;
