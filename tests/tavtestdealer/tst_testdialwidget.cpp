@@ -164,6 +164,21 @@ private slots:
         QCOMPARE(m_service->commands, QStringList());
     }
 
+    void dialDropsWhatIsStillToFollowOfAFlood()
+    {
+        const FakeDialer dialer;
+        Page page(dialer.program());
+        for (int i = 0; i < 20000; ++i)
+            qCDebug(DIALUP, "old line %d", i);
+        const int shown = page.log()->document()->blockCount();
+        QVERIFY2(shown < 20000, qPrintable(QString::number(shown))); // the rest is waiting
+        page.press("cbDial");
+        QTRY_COMPARE_WITH_TIMEOUT(page.finishedSpy.count(), 1, kLong);
+        QVERIFY(page.text().contains(QStringLiteral("Wvdial closed successfully")));
+        QVERIFY2(
+            !page.text().contains(QStringLiteral("old line")), qPrintable(page.text().left(200)));
+    }
+
     void buttonsActOnRelease()
     {
         const FakeDialer dialer;
