@@ -10,7 +10,7 @@ namespace {
 
 // How long one turn of the event loop may be kept from the window: well below what is felt as a
 // stall, since laying out and painting come on top.
-constexpr qint64 turnLimit = 20'000'000; // ns
+constexpr qint64 kTurnLimit = 20'000'000; // ns
 
 QString colourOf(QtMsgType type)
 {
@@ -32,7 +32,7 @@ LogPane::LogPane(QTextBrowser *pane, const QLoggingCategory &category, Lock lock
     , m_pane(pane)
     , m_lock(lock)
 {
-    QObject::connect(&m_turn, &QTimer::timeout, [this] { goOn(); });
+    QObject::connect(&m_turn, &QTimer::timeout, &m_turn, [this] { goOn(); });
     LoggerManager::setOutputs(
         m_name, [this](QtMsgType type, const QMessageLogContext &, const QString &text) {
             const QMutexLocker locker(m_lock ? &m_lock() : nullptr);
@@ -59,7 +59,7 @@ void LogPane::show(QtMsgType type, const QString &text)
     const QString colour = colourOf(type);
     const QStringList lines = text.split(QLatin1Char('\n'));
     for (const QString &line : lines) {
-        if (m_waiting.empty() && m_spent < turnLimit)
+        if (m_waiting.empty() && m_spent < kTurnLimit)
             append({colour, line});
         else
             m_waiting.emplace_back(colour, line);
@@ -81,7 +81,7 @@ void LogPane::goOn()
 {
     const QMutexLocker locker(m_lock ? &m_lock() : nullptr);
     m_spent = 0;
-    while (!m_waiting.empty() && m_spent < turnLimit) {
+    while (!m_waiting.empty() && m_spent < kTurnLimit) {
         append(m_waiting.front());
         m_waiting.pop_front();
     }

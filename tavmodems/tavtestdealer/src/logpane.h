@@ -17,8 +17,9 @@ class QTextBrowser;
 ///
 /// Lives in the GUI thread, on which the logging back end then calls it. A message is shown before
 /// the call that logged it returns, unless there are so many of them that the window would stand
-/// still: the rest of a flood follows from the event loop, in order. A category has one pane at a
-/// time: a later LogPane takes it over.
+/// still: the rest of a flood follows from the event loop, in order, in one share a turn. A turn is
+/// one round of the event loop, in which it also gets to the user's input and to painting. A
+/// category has one pane at a time: a later LogPane takes it over.
 class LogPane
 {
     Q_DISABLE_COPY_MOVE(LogPane)
