@@ -25,6 +25,15 @@ public:
     QStringList lines;
 
     bool contains(const QString &line) const { return lines.contains(line); }
+    /// Of the first line that begins so, -1 when there is none.
+    int indexOf(const QString &begin) const
+    {
+        for (int i = 0; i < lines.size(); ++i) {
+            if (lines.at(i).startsWith(begin))
+                return i;
+        }
+        return -1;
+    }
     int count(const QString &begin) const
     {
         int count = 0;

@@ -157,6 +157,27 @@ private slots:
         QCOMPARE(log.count(QStringLiteral("debug: The porg")), 0);
     }
 
+    void modemLostInTheResetIsToldWithTheReason()
+    {
+        const FakeDialer dialer("exit 1");
+        ScriptedModem modem;
+        modem.hangUpOn = "ATZ";
+        modem.start();
+        configure({gsm1}, gsm1, modem.path());
+        const LogCapture log("dialup");
+        Wvdial wvdial(nullptr, dialer.program());
+        QSignalSpy down(&wvdial, &Wvdial::dialdowned);
+        wvdial.start(gsm1);
+        QVERIFY(down.wait());
+        const int reset = log.indexOf(QStringLiteral("debug: Modem reseted for "));
+        QVERIFY(reset > 0);
+        QCOMPARE(log.lines.at(reset + 1),
+            QStringLiteral("warning: The modem on %1 has gone: its port was unplugged or hung up.")
+                .arg(modem.path()));
+        QCOMPARE(log.lines.at(reset + 2), QStringLiteral("debug: Modem is closed"));
+        QCOMPARE(dialer.arguments().size(), 2); // the dial goes on all the same
+    }
+
     void highestSpeedOfThePort_data()
     {
         QTest::addColumn<int>("configured");

@@ -1,19 +1,12 @@
 #include "testdialwidget.h"
 
-#include "atmodem.h"
 #include "busnames.h"
 #include "logpane.h"
+#include "modemreset.h"
 #include "modemsettings.h"
 #include "servicescontroller.h"
 #include "testmodemscfg.h"
 #include "ui_testdialwidget.h"
-
-namespace {
-
-constexpr int highestBaudrate = 57600;
-constexpr int openAttempts = 3;
-
-} // namespace
 
 TestDialWidget::TestDialWidget(QWidget *parent, const QString &dialer)
     : QWidget(parent)
@@ -66,14 +59,8 @@ void TestDialWidget::startTest()
         return;
     m_wvdial->stop();
     const QString name = ui->cbModem->currentText();
-    const ModemInfo modem = ModemSettings().modems().value(name);
-    auto *const driver = new AtModem(this);
-    // Whatever comes of it: Wvdial resets the modem again and says what is wrong with it.
-    driver->open(modem.portName(), qMin(modem.baudrate(), highestBaudrate), openAttempts);
-    driver->reset(false);
-    driver->beforeDial();
-    driver->close();
-    driver->deleteLater();
+    // Wvdial does it once more, and says what is wrong with the modem.
+    ModemReset::run(ModemSettings().modems().value(name), this);
     m_wvdial->start(name);
 }
 

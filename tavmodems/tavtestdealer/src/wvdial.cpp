@@ -1,10 +1,8 @@
 #include "wvdial.h"
 
-#include "atmodem.h"
+#include "modemreset.h"
 #include "modemsenvs.h"
 #include "testmodemscfg.h"
-
-#include <QElapsedTimer>
 
 #include <cstdlib>
 
@@ -14,14 +12,19 @@ const QString Wvdial::WVDIAL_COMMAND = QStringLiteral("/usr/bin/wvdial");
 
 namespace {
 
-constexpr int highestBaudrate = 57600;
-constexpr int openAttempts = 3;
-
 void run(const char *shellCommand)
 {
     // 127 or no process of that name: there was nothing to end.
     if (std::system(shellCommand) == -1)
         qCWarning(DIALUP, "\"%s\" could not be run", shellCommand);
+}
+
+void logStep(QtMsgType type, const QString &text)
+{
+    if (type == QtWarningMsg)
+        qCWarning(DIALUP).noquote() << text;
+    else
+        qCDebug(DIALUP).noquote() << text;
 }
 
 void logOutput(const QByteArray &bytes)
@@ -124,8 +127,7 @@ void Wvdial::startWvDial(const QString &name)
         return notStarted();
     }
     qCDebug(DIALUP).noquote() << name;
-    const ModemInfo modem = modems.value(name);
-    resetModem(modem.portName(), qMin(modem.baudrate(), highestBaudrate));
+    ModemReset::run(modems.value(name), this, logStep);
 
     QStringList arguments{name};
     if (!TestModemsCfg::hasConfig()) {
@@ -145,29 +147,6 @@ void Wvdial::startWvDial(const QString &name)
 bool Wvdial::isDialable(const QString &name) const
 {
     return !name.startsWith(QLatin1Char('-')) && !name.contains(QLatin1Char('='));
-}
-
-void Wvdial::resetModem(const QString &portName, int baudrate)
-{
-    auto *const driver = new AtModem(this);
-    qCDebug(DIALUP).noquote() << QStringLiteral("Open port %1").arg(portName);
-    if (driver->open(portName, baudrate, openAttempts)) {
-        qCDebug(DIALUP).noquote().nospace() << "Modem name is " << driver->modemName();
-        qCDebug(DIALUP).noquote().nospace() << "Modem dialect is " << driver->gsmDialect();
-        qCDebug(DIALUP, "Start modem resetting");
-        QElapsedTimer watch;
-        watch.start();
-        driver->reset(false);
-        qCDebug(DIALUP).noquote() << QStringLiteral("Modem reseted for %1 ms").arg(watch.elapsed());
-        driver->beforeDial();
-        driver->close();
-        qCDebug(DIALUP, "Modem is closed");
-    } else {
-        // The dial is tried all the same: the dialer may get along with the port.
-        qCDebug(DIALUP).noquote()
-            << QStringLiteral("The porg %1 is not opened: %2").arg(portName, driver->lastError());
-    }
-    driver->deleteLater();
 }
 
 void Wvdial::notStarted()

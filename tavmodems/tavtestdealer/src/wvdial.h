@@ -58,7 +58,6 @@ private:
 
     void startWvDial(const QString &name);
     bool isDialable(const QString &name) const;
-    void resetModem(const QString &portName, int baudrate);
     void notStarted();
     void endAll(const QString &program);
     QString runningProcesses() const;
