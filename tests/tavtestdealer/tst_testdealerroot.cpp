@@ -55,6 +55,15 @@ public:
     Translations &operator=(const Translations &) = delete;
 
     QList<QTranslator *> list() const { return m_root->findChildren<QTranslator *>(); }
+    /// Names of the files that they were loaded from, sorted; empty for one that did not load.
+    QStringList files() const
+    {
+        QStringList names;
+        for (const QTranslator *translator : list())
+            names.append(QFileInfo(translator->filePath()).fileName());
+        names.sort();
+        return names;
+    }
     int loaded() const
     {
         int count = 0;
@@ -123,13 +132,38 @@ private slots:
         QVERIFY(QDir(m_box->path()).mkdir(QStringLiteral("c_ru.qm")));
         const Translations translations(m_root);
         m_root->setUpLocale(russian);
-        QCOMPARE(translations.list().size(), 2);
-        QCOMPARE(translations.loaded(), 2);
         for (const QTranslator *translator : translations.list())
             QCOMPARE(translator->parent(), m_root);
-        // Which of two stems wins is left open; here only one of them is Russian.
+        QCOMPARE(
+            translations.files(), QStringList({QStringLiteral("a_ru.qm"), QStringLiteral("b.qm")}));
+        // Which of two stems wins is left open.
         const QString shown = TestDealerRoot::tr("Warning");
         QVERIFY(shown == QStringLiteral("Внимание") || shown == QStringLiteral("b"));
+    }
+
+    void stemsOfNames_data()
+    {
+        QTest::addColumn<QStringList>("names");
+        QTest::addColumn<QStringList>("loaded");
+        QTest::newRow("with and without a locale are one stem")
+            << QStringList({QStringLiteral("b.qm"), QStringLiteral("b_ru.qm")})
+            << QStringList{QStringLiteral("b_ru.qm")};
+        QTest::newRow("without a locale")
+            << QStringList{QStringLiteral("b.qm")} << QStringList{QStringLiteral("b.qm")};
+        QTest::newRow("dot in the stem") << QStringList{QStringLiteral("tool.v2.qm")}
+                                         << QStringList{QStringLiteral("tool.v2.qm")};
+        QTest::newRow("cut at the first underscore: there is no tool.qm")
+            << QStringList{QStringLiteral("tool_box_ru.qm")} << QStringList{QString()};
+    }
+    void stemsOfNames()
+    {
+        QFETCH(QStringList, names);
+        QFETCH(QStringList, loaded);
+        for (const QString &name : names)
+            makeTranslation(m_box->filePath(name), name);
+        const Translations translations(m_root);
+        m_root->setUpLocale(russian);
+        QCOMPARE(translations.files(), loaded);
     }
 
     void localeFallsBackFromTheFullNameToTheShort()

@@ -8,11 +8,23 @@
 #include "touchstyle.h"
 
 #include <QDir>
+#include <QFileInfo>
 #include <QLocale>
 #include <QMessageBox>
 #include <QSet>
 #include <QTextCodec>
 #include <QTranslator>
+
+namespace {
+
+// The part of a translation file's name that goes before the locale's.
+QString stemOf(const QString &file)
+{
+    const int end = file.indexOf(QLatin1Char('_'));
+    return end < 0 ? QFileInfo(file).completeBaseName() : file.left(end);
+}
+
+} // namespace
 
 int TestDealerRoot::start(int &argc, char **argv)
 {
@@ -69,7 +81,7 @@ void TestDealerRoot::setUpLocale(const QLocale &locale)
         {QStringLiteral("*.QM"), QStringLiteral("*.qm")}, QDir::Files, QDir::NoSort);
     QSet<QString> stems;
     for (const QString &file : files)
-        stems.insert(file.left(file.indexOf(QLatin1Char('_'))));
+        stems.insert(stemOf(file));
     for (const QString &stem : qAsConst(stems)) {
         auto *const translator = new QTranslator(this);
         if (translator->load(locale, stem, QStringLiteral("_"), path, QStringLiteral(".qm")))
