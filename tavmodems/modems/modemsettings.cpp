@@ -1,7 +1,9 @@
 #include "modemsettings.h"
 
 #include "atmodemlog.h"
+#include "modemsenvs.h"
 #include "onelinetext.h"
+#include "operatortable.h"
 #include "wholenumber.h"
 
 #include <mutex>
@@ -101,6 +103,16 @@ QString read(const QList<QVariant> &list, Store &into)
     return {};
 }
 
+OperatorTable readOperators()
+{
+    OperatorTable table;
+    table.read(OperatorTable::SYSTEM_FILE);
+    const QString local = ModemsEnvs().operatorsFile();
+    if (!local.isEmpty())
+        table.read(local);
+    return table;
+}
+
 } // namespace
 
 QMap<QString, ModemInfo> ModemSettings::modems() const
@@ -157,4 +169,13 @@ bool ModemSettings::setSettingsList(const QList<QVariant> &list)
     const std::lock_guard<std::mutex> lock(store().mutex);
     store().data = fresh;
     return true;
+}
+
+bool ModemSettings::getOperatorData(int mcc, int mnc, OperatorData &data) const
+{
+    static const OperatorTable table = readOperators(); // by one thread, the others wait
+    const auto found = table.find(mcc, mnc);
+    if (found)
+        data = *found;
+    return found.has_value();
 }

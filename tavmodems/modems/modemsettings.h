@@ -1,6 +1,7 @@
 #pragma once
 
 #include "modeminfo.h"
+#include "operatordata.h"
 
 #include <QList>
 #include <QMap>
@@ -40,4 +41,12 @@ public:
      * in use.
      */
     bool setSettingsList(const QList<QVariant> &list);
+
+    /**
+     * What is known of the operator of a network, by its mobile country and network codes. The
+     * table (OperatorTable::SYSTEM_FILE, ModemsEnvs::operatorsFile() laid over it) is read at the
+     * first call in the process, some tens of milliseconds; then a call takes microseconds. False
+     * when the network is unknown: `data` stays as it was.
+     */
+    bool getOperatorData(int mcc, int mnc, OperatorData &data) const;
 };
