@@ -273,6 +273,16 @@ private slots:
         QTest::newRow("slash") << QStringLiteral("E173/ttyUSB0");
         QTest::newRow("dot and dash") << QStringLiteral("E173-ttyUSB0.1");
         QTest::newRow("percent sign") << QStringLiteral("100%");
+        QTest::newRow("closing bracket") << QStringLiteral("a]b");
+        QTest::newRow("closing bracket at the end") << QStringLiteral("a[1]");
+        QTest::newRow("opening bracket") << QStringLiteral("[a");
+        QTest::newRow("semicolon") << QStringLiteral("a;b");
+        QTest::newRow("number sign") << QStringLiteral("#1");
+        QTest::newRow("backslash") << QStringLiteral("a\\b");
+        QTest::newRow("backslash at the end") << QStringLiteral("a\\");
+        QTest::newRow("quotation mark") << QStringLiteral("say \"a");
+        QTest::newRow("looks like an escaped character") << QStringLiteral("%41");
+        QTest::newRow("comma and colon") << QStringLiteral("a,b:c");
         QTest::newRow("looks like a group of the reader's own") << QStringLiteral("General");
     }
     void nameReadsBackWhole()
@@ -305,6 +315,59 @@ private slots:
             "Modem=/dev/a\n[dialer x]\nModem=/dev/b\n[Dialer]\nModem=/dev/c\n"
             "[Dialers]\nModem=/dev/d\n[x Dialer y]\nModem=/dev/e\n[Dialer z]\nModem=/dev/f\n");
         QCOMPARE(TestModemsCfg().modems().keys(), texts({"z"}));
+    }
+
+    void linesBeforeTheFirstSectionMakeNoRecord()
+    {
+        writeFile("Dialer foo=bar\nDialer foo/Modem=/dev/a\n[Dialer z]\nModem=/dev/f\n");
+        QCOMPARE(TestModemsCfg().modems().keys(), texts({"z"}));
+    }
+
+    void keysWithASlashMakeNoRecord()
+    {
+        writeFile("[Dialer z]\na/b=1\nModem=/dev/f\na/Modem=/dev/g\n");
+        const QMap<QString, ModemInfo> read = TestModemsCfg().modems();
+        QCOMPARE(read.keys(), texts({"z"}));
+        QCOMPARE(read.value(QStringLiteral("z")).portName(), QStringLiteral("/dev/f"));
+    }
+
+    void laterSectionOfANameReplacesTheEarlier()
+    {
+        writeFile("[Dialer x]\nModem=/dev/a\nPhone=1\n[Dialer y]\n[Dialer x]\nModem=/dev/b\n");
+        const QMap<QString, ModemInfo> read = TestModemsCfg().modems();
+        QCOMPARE(read.keys(), texts({"x", "y"}));
+        QCOMPARE(read.value(QStringLiteral("x")).portName(), QStringLiteral("/dev/b"));
+        QCOMPARE(read.value(QStringLiteral("x")).phone(), ModemInfo().phone());
+    }
+
+    void headersWrittenByHand_data()
+    {
+        QTest::addColumn<QByteArray>("header");
+        QTest::newRow("indented") << QByteArray("  [Dialer x]");
+        QTest::newRow("blanks inside") << QByteArray("[ Dialer x ]");
+        QTest::newRow("comment behind") << QByteArray("[Dialer x] ; of the lab");
+        QTest::newRow("carriage return") << QByteArray("[Dialer x]\r");
+        QTest::newRow("no end") << QByteArray("[Dialer x");
+    }
+    void headersWrittenByHand()
+    {
+        QFETCH(QByteArray, header);
+        writeFile(header + "\nModem=/dev/a\n");
+        const QMap<QString, ModemInfo> read = TestModemsCfg().modems();
+        QCOMPARE(read.keys(), texts({"x"}));
+        QCOMPARE(read.value(QStringLiteral("x")).portName(), QStringLiteral("/dev/a"));
+    }
+
+    void valuesFollowTheRulesOfTheSettingsReader()
+    {
+        writeFile("[Dialer x]\nPhone= 1 ; 2\nUsername=\"a b \"\nPassword=\\x41\n"
+                  "Dial Command=\xd0\x96\nModem Type=a\\\nb\n");
+        const ModemInfo read = TestModemsCfg().modems().value(QStringLiteral("x"));
+        QCOMPARE(read.phone(), QStringLiteral("1"));
+        QCOMPARE(read.userName(), QStringLiteral("a b "));
+        QCOMPARE(read.password(), QStringLiteral("A"));
+        QCOMPARE(read.dialCommand(), QStringLiteral("Ж"));
+        QCOMPARE(read.modemType(), QStringLiteral("ab"));
     }
 
     void switches_data()
@@ -419,6 +482,22 @@ private slots:
         config.setModems(mapOf(modem(QStringLiteral("x"))));
         QCOMPARE(config.lastError(), QString());
         QCOMPARE(TestModemsCfg().modems().size(), 1);
+    }
+
+    void sectionThatCannotBeReadMakesNoRecord()
+    {
+        TestModemsCfg().setModems(mapOf(modem(QStringLiteral("x"))));
+        const QByteArray former = qgetenv("TMPDIR");
+        qputenv("TMPDIR", "/proc"); // where nobody can make a file
+        const QMap<QString, ModemInfo> read = TestModemsCfg().modems();
+        qputenv("TMPDIR", former);
+        QVERIFY(read.isEmpty()); // not one of defaults, which could be dialled with
+    }
+
+    void deviceInPlaceOfTheFileReadsAsNothing()
+    {
+        QVERIFY(QFile::link(QStringLiteral("/dev/zero"), TestModemsCfg::configPath()));
+        QVERIFY(TestModemsCfg().modems().isEmpty());
     }
 
     void fullDiskKeepsTheReason()

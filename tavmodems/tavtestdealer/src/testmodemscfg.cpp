@@ -3,13 +3,15 @@
 #include "dircreator.h"
 #include "initconfig.h"
 
-#include <QDateTime>
+#include <QDebug>
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
 #include <QMutexLocker>
 #include <QSettings>
-#include <QThread>
+#include <QTemporaryFile>
+
+#include <optional>
 
 const QString TestModemsCfg::CONNECTION_PREFIX = QStringLiteral("Dialer ");
 const QString TestModemsCfg::PORT = QStringLiteral("Modem");
@@ -31,10 +33,9 @@ QMutex TestModemsCfg::_pathMutex;
 
 namespace {
 
-constexpr int maxNumbered = 9; // "Phone1" to "Phone9", "Init1" to "Init9"
-constexpr qint64 clockTick = 20; // ms; the coarsest tick of a kernel's file time stamps is 10 ms
+constexpr int kMaxNumbered = 9; // "Phone1" to "Phone9", "Init1" to "Init9"
 
-const QString resetLine = QStringLiteral("ATZ");
+const QString kResetLine = QStringLiteral("ATZ");
 
 QString numbered(const QString &key, int number)
 {
@@ -63,7 +64,7 @@ public:
     void add(const QString &key, int value) { add(key, QString::number(value)); }
     void addNumbered(const QString &key, const QStringList &values)
     {
-        for (int i = 0; i < qMin(values.size(), maxNumbered); ++i)
+        for (int i = 0; i < qMin(values.size(), kMaxNumbered); ++i)
             add(numbered(key, i + 1), values.at(i));
     }
     void end() { addLine(QString()); }
@@ -80,8 +81,8 @@ void writeSection(SectionWriter &out, const ModemInfo &modem)
     const QString port = modem.portName();
     const QString devices = QStringLiteral("/dev/");
     QStringList initLines = modem.initLines();
-    if (!initLines.contains(resetLine))
-        initLines.prepend(resetLine);
+    if (!initLines.contains(kResetLine))
+        initLines.prepend(kResetLine);
 
     out.begin(modem.connectionName());
     out.add(TestModemsCfg::PORT, port.contains(devices) ? port : devices + port);
@@ -102,25 +103,43 @@ void writeSection(SectionWriter &out, const ModemInfo &modem)
     out.end();
 }
 
-// The sections of the file. Not childGroups(), which ends a name at its first slash.
-QStringList sections(const QSettings &settings)
+struct Section
 {
-    QStringList groups;
-    const QStringList keys = settings.allKeys();
-    for (const QString &key : keys)
-        groups.append(key.left(key.lastIndexOf(QLatin1Char('/'))));
-    groups.removeDuplicates();
-    return groups;
+    QString name;
+    QByteArray body; // the lines up to the next header
+};
+
+// Cut at the header lines, as the dialer does it. QSettings reads a name otherwise than it is
+// written here (one ends at a "]" or ";", a backslash or "%" stands for something else), and takes
+// a key for a section when there is a slash in it.
+QList<Section> sections(const QByteArray &text)
+{
+    QList<Section> result;
+    const QList<QByteArray> lines = text.split('\n');
+    for (const QByteArray &line : lines) {
+        const QByteArray trimmed = line.trimmed();
+        if (trimmed.startsWith('[')) {
+            const int end = trimmed.endsWith(']') ? trimmed.size() - 1 : trimmed.indexOf(']');
+            const QByteArray name = end < 0 ? trimmed.mid(1) : trimmed.mid(1, end - 1);
+            result.append({QString::fromUtf8(name.trimmed()), {}});
+        } else if (!result.isEmpty()) {
+            result.last().body += line + '\n';
+        }
+    }
+    return result;
 }
 
-// QSettings takes the bytes of a section's name for Latin-1 and knows no codec for it.
-QString sectionName(const QString &group)
+// The values are read by the rules of QSettings, from a file that holds nothing but this section.
+std::optional<ModemInfo> readSection(const QByteArray &body, const QString &connection)
 {
-    return QString::fromUtf8(group.toLatin1());
-}
-
-ModemInfo readSection(const QSettings &section, const QString &connection)
-{
+    QTemporaryFile file;
+    if (!file.open() || file.write(body) != body.size() || !file.flush()) {
+        // Half a record could be dialled with.
+        qWarning().noquote() << "The dialer's file cannot be read:" << file.errorString();
+        return std::nullopt;
+    }
+    QSettings section(file.fileName(), QSettings::IniFormat);
+    section.setIniCodec("UTF-8");
     const auto text = [&section](const QString &key, const QString &fallback = QString()) {
         return section.value(key, fallback).toString();
     };
@@ -129,7 +148,7 @@ ModemInfo readSection(const QSettings &section, const QString &connection)
     modem.setPortName(text(TestModemsCfg::PORT, modem.portName()));
     modem.setPhone(text(TestModemsCfg::PHONE, modem.phone()));
     QStringList phones;
-    for (int i = 1; i <= maxNumbered; ++i) {
+    for (int i = 1; i <= kMaxNumbered; ++i) {
         const QString phone = text(numbered(TestModemsCfg::PHONE, i));
         if (phone.isEmpty())
             break;
@@ -137,11 +156,11 @@ ModemInfo readSection(const QSettings &section, const QString &connection)
     }
     modem.setPhones(phones);
     QStringList initLines;
-    for (int i = 1; i <= maxNumbered; ++i) {
+    for (int i = 1; i <= kMaxNumbered; ++i) {
         const QString line = text(numbered(TestModemsCfg::INIT_LINE, i));
         if (line.isEmpty())
             break;
-        if (line != resetLine)
+        if (line != kResetLine)
             initLines.append(line);
     }
     modem.setInitLines(initLines);
@@ -156,29 +175,12 @@ ModemInfo readSection(const QSettings &section, const QString &connection)
     return modem;
 }
 
-// QSettings keeps what it has read of a file for as long as its size and time stamp stay the same,
-// and time stamps advance in ticks. A file is therefore read only once the tick in which it was
-// written is over: whatever is written later then bears another stamp.
-void waitOutClockTick(const QString &path)
-{
-    const qint64 age = QFileInfo(path).lastModified().msecsTo(QDateTime::currentDateTimeUtc());
-    if (age >= 0 && age < clockTick)
-        QThread::msleep(static_cast<unsigned long>(clockTick - age));
-}
-
 } // namespace
 
 TestModemsCfg::TestModemsCfg()
 {
     setConfigPath();
-    const QString path = configPath();
-    const QMutexLocker locker(&_configMutex);
-    waitOutClockTick(path);
-    m_settings = QSharedPointer<QSettings>::create(path, QSettings::NativeFormat);
-    m_settings->setIniCodec("UTF-8");
 }
-
-TestModemsCfg::~TestModemsCfg() = default;
 
 void TestModemsCfg::setConfigPath()
 {
@@ -240,20 +242,19 @@ void TestModemsCfg::setModems(const QMap<QString, ModemInfo> &modems)
 
 QMap<QString, ModemInfo> TestModemsCfg::modems() const
 {
-    const QString path = configPath();
-    const QMutexLocker locker(&_configMutex);
-    waitOutClockTick(path);
-    m_settings->sync();
+    QFile file(configPath());
     QMap<QString, ModemInfo> modems;
-    const QStringList groups = sections(*m_settings);
-    for (const QString &group : groups) {
-        const QString name = sectionName(group);
-        if (!name.startsWith(CONNECTION_PREFIX))
+    const QMutexLocker locker(&_configMutex);
+    // A device could be read without end.
+    if (!QFileInfo(file).isFile() || !file.open(QIODevice::ReadOnly))
+        return modems;
+    const QList<Section> all = sections(file.readAll());
+    for (const Section &section : all) {
+        if (!section.name.startsWith(CONNECTION_PREFIX))
             continue;
-        const QString connection = name.mid(CONNECTION_PREFIX.size());
-        m_settings->beginGroup(group);
-        modems.insert(connection, readSection(*m_settings, connection));
-        m_settings->endGroup();
+        const QString connection = section.name.mid(CONNECTION_PREFIX.size());
+        if (const auto modem = readSection(section.body, connection))
+            modems.insert(connection, *modem);
     }
     return modems;
 }

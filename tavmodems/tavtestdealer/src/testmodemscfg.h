@@ -4,16 +4,14 @@
 
 #include <QMap>
 #include <QMutex>
-#include <QSharedPointer>
 #include <QString>
-
-class QSettings;
 
 /// The dialer's configuration file of the dial test, "modems/testmodems.cfg" in the terminal's work
 /// directory: apart from the terminal's own settings, so that a test never disturbs a live set-up.
 ///
 /// The path and the name of the active modem are shared by the whole process. All operations may be
-/// called from any thread. Make an instance, use it and drop it: each reads the file as it stands.
+/// called from any thread, hasConfig() once the path has been found. Make an instance, use it and
+/// drop it: each reads the file as it stands.
 class TestModemsCfg
 {
     Q_DISABLE_COPY_MOVE(TestModemsCfg)
@@ -34,7 +32,6 @@ public:
     static const QString MODEM_TYPE;
 
     TestModemsCfg();
-    ~TestModemsCfg();
 
     /// Finds the path and makes its directory, once a process; the constructor does it.
     static void setConfigPath();
@@ -61,6 +58,5 @@ private:
     static QMutex _configMutex; // the file
     static QMutex _pathMutex; // the two names above
 
-    QSharedPointer<QSettings> m_settings;
     QString m_lastError;
 };
