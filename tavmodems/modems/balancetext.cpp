@@ -15,7 +15,7 @@ QRegularExpression words(const QString &pattern)
 }
 
 // What money is counted in; a letter may not follow.
-const QString CURRENCY = QStringLiteral("(?:(?:бел\\.? ?)?руб\\w*|р|rub\\w*|r|₽|byn|br|"
+const QString CURRENCY = QStringLiteral("(?:(?:бел\\.? ?)?руб\\w*|р|p|rub\\w*|r|₽|byn|br|"
                                         "грн|гривен\\w*|гривн\\w*|hrn|grn|uah|₴|"
                                         "тенге|теңге|тг|tenge|tg|kzt|₸|"
                                         "сум|сўм|so'm|som|sum|uzs|сом|"
@@ -45,7 +45,8 @@ const QString BALANCE = QStringLiteral(
 // Words of what is not on the account.
 const QString OTHER = QStringLiteral(
     "\\b(?:бонус|bonus|балл|ball|point|кешб|кэшб|cashback|keshb|подар|podar|gift|sovg|"
-    "тариф|tarif|пакет|paket|package|pack\\b|абон|abon|плат[аыу]|plata|лимит|ліміт|limit|порог|"
+    "тариф|tarif|пакет|paket|package|pack\\b|абон\\.? "
+    "?пл|абонентск|абонентськ|abonpl|abonentsk|плат[аыу]|plata|лимит|ліміт|limit|порог|"
     "porog|кредит|kredit|довер|dover|обещ|obesch|скидк|skidk|знижк|"
     "минут|minut|хвилин|трафик|трафік|trafi|traffic|интернет|інтэрнэт|інтернет|internet|"
     "смс|sms|ммс|mms|пополн|popoln|поповн|popovn|top.?up|recharge|плат[её]ж|платіж|platezh|payment|"
@@ -53,7 +54,11 @@ const QString OTHER = QStringLiteral(
     "код|kod\\b|code|тел\\b|tel\\b|phone|номер|nomer|number|звон|zvon|call|дзвон|"
     "менее|менш|ниже|нижче|less|below|кемінде|kamida|акци|aksiya|выигр|приз|priz)\\w*");
 
-const QString MINUS = QStringLiteral("(?:минус|мінус|minus|manfiy|манфий|теріс|negative)");
+// What makes the number behind it one below zero.
+const QString MINUS
+    = QStringLiteral("(?:минус|мінус|minus|manfiy|манфий|теріс|negative|"
+                     "(?:задолж|zadolzh|заборг|zaborg|долг|dolg|борг|borg|debt|қарыз|qarz|қарз)\\w*"
+                     "(?: составляет| sostavlyaet| становить| is)?)");
 
 struct Number
 {
@@ -109,8 +114,9 @@ QString withoutOtherNumbers(QString text)
         "\\d{1,2}[./-]\\d{1,2}[./-](?:\\d{4}|\\d{2})(?:\\s*г(?:ода?|\\.)?(?!\\w))?" // 20.11.2026
         "|\\d{4}[./-]\\d{1,2}[./-]\\d{1,2}" // 2026-11-20
         "|\\d{1,2}:\\d{2}(?::\\d{2})?" // 12:30
-        "|(?:(?<=до )|(?<=по )|(?<=на )|(?<=od )|(?<=до)|(?<=do )|(?<=po )|(?<=na )|(?<=by )"
-        "|(?<=on )|(?<=till )|(?<=until )|(?<=from )|(?<=с )|(?<=от )|(?<=від ))"
+        "|(?:(?<=\\bдо )|(?<=\\bпо )|(?<=\\bна )|(?<=\\bс )|(?<=\\bот )|(?<=\\bвід )|(?<=\\bdo )"
+        "|(?<=\\bpo )|(?<=\\bna )|(?<=\\bby )|(?<=\\bon )|(?<=\\btill )|(?<=\\buntil )|(?<=\\bfrom "
+        "))"
         "(?:[0-2]\\d|3[01])[./](?:0[1-9]|1[0-2])(?! ?(?:%1))" // 20.11
         "|\\+\\d[\\d() -]{6,}\\d" // +7 916 899-91-00
         "|[78][ (-]*\\d{3}[) -]*\\d{3}[ -]?\\d{2}[ -]?\\d{2}" // 8-800-550-05-00

@@ -75,6 +75,14 @@ void TestBalanceText::findsBalance_data()
     row("Russian: limit in front", "Кредитный лимит 300 р. Баланс 42 р.", 42);
     row("Russian: several lines", "Баланс:\n42.50 р.\nТариф: Смарт", 42.5);
     row("Russian: no currency", "Ваш баланс: 42", 42);
+    row("Russian: amount that could be a day and a month", "Ваш баланс 10.05", 10.05);
+    row("Russian: the subscriber's number between", "Баланс абонента +7(916)123-45-67: 30.5 р",
+        30.5);
+    row("Russian: the rouble's letter taken from the Latin ones", "Balans:35.50p.", 35.5);
+    row("Russian: debt", "Задолженность: 50 руб.", -50);
+    row("Russian: debt, in a sentence", "Ваша задолженность составляет 50,10 руб.", -50.1);
+    row("Russian: no debt", "Задолженности нет. Баланс 50 руб.", 50);
+    row("Russian: subscription fee in front", "Абон.плата 300 р. Баланс 50 р.", 50);
     row("Russian: millions", "Баланс 1 234 567,89 р", 1234567.89);
     row("Russian in Latin letters: Beeline", "Vash balans 150.50 rub.", 150.5);
     row("Russian in Latin letters: MTS", "Balans:150,50r,Tarif:Super MTS 2013", 150.5);
