@@ -54,7 +54,7 @@ std::optional<AtCell> parseCell(const QByteArray &name, const QList<QByteArray> 
         const bool isRead = smallNumber(fields.at(0)) && smallNumber(fields.value(1));
         if (isRead)
             fields.removeFirst();
-        const auto cell = cellOf(fields);
+        auto cell = cellOf(fields);
         if (cell && isRead)
             return cell;
         if (cell)

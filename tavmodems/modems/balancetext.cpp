@@ -107,7 +107,7 @@ QString normalised(const QString &answer)
 }
 
 // Dates, times, phone numbers and codes become bars of the same length.
-QString withoutOtherNumbers(QString text)
+QString withoutOtherNumbers(const QString &text)
 {
     static const QRegularExpression others = words(QStringLiteral(
         "(?<![\\d.,])(?:"

@@ -54,7 +54,7 @@ bool isPlain(QChar c)
 // Whether it reads as text: what is taken for another coding than it has does not.
 bool isLikely(const QString &text)
 {
-    const auto plain = std::count_if(text.begin(), text.end(), isPlain);
+    const auto plain = static_cast<int>(std::count_if(text.begin(), text.end(), isPlain));
     return !text.isEmpty() && 4 * plain >= 3 * text.size();
 }
 
@@ -95,7 +95,7 @@ QString textOf(const QByteArray &written, int codingScheme)
         return gsmcodec::fromUcs2(coding.hasLanguage ? octets.mid(2) : octets);
     if (coding.alphabet == Alphabet::EightBit)
         return gsmcodec::fromEightBit(octets);
-    const QString wide = gsmcodec::fromUcs2(octets);
+    QString wide = gsmcodec::fromUcs2(octets);
     if (octets.size() % 2 == 0 && isLikelyUcs2(wide))
         return wide;
     const bool digitsAlone
