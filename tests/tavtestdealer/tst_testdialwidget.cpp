@@ -22,6 +22,10 @@
 
 #include <memory>
 
+#include <fcntl.h>
+#include <sys/mman.h>
+#include <unistd.h>
+
 namespace {
 
 const QString gsm1 = QStringLiteral("gsm1");
@@ -47,6 +51,27 @@ void store(const QList<ModemInfo> &modems)
     ModemSettings().setModems(map);
     ModemSettings().setConnectionsOrder(order);
 }
+
+/// A file that can be read and that nobody, root included, can write.
+class SealedFile
+{
+public:
+    explicit SealedFile(const QByteArray &text)
+        : m_file(::memfd_create("sealed", MFD_CLOEXEC | MFD_ALLOW_SEALING))
+    {
+        if (::write(m_file, text.constData(), static_cast<size_t>(text.size())) != text.size()
+            || ::fcntl(m_file, F_ADD_SEALS, F_SEAL_SHRINK | F_SEAL_GROW | F_SEAL_WRITE) != 0)
+            qFatal("no sealed file");
+    }
+    ~SealedFile() { ::close(m_file); }
+    SealedFile(const SealedFile &) = delete;
+    SealedFile &operator=(const SealedFile &) = delete;
+
+    QString path() const { return QStringLiteral("/proc/self/fd/%1").arg(m_file); }
+
+private:
+    const int m_file;
+};
 
 /// The page as the user has it, with its widgets by their names.
 class Page : public TestDialWidget
@@ -294,6 +319,79 @@ private slots:
         QVERIFY(page.isIdle());
         QCOMPARE(page.startedSpy.count(), 1);
         QCOMPARE(dialer.arguments(), QStringList());
+        QCOMPARE(
+            m_service->commands, QStringList({QStringLiteral("stop"), QStringLiteral("restart")}));
+    }
+
+    void oldFileThatCannotBeWrittenIsDialledWithAWarning_data()
+    {
+        QTest::addColumn<QByteArray>("section");
+        QTest::addColumn<bool>("isDialled");
+        QTest::newRow("it has the connection") << QByteArray("gsm1") << true;
+        QTest::newRow("it has another one") << QByteArray("gsm2") << false;
+    }
+    void oldFileThatCannotBeWrittenIsDialledWithAWarning()
+    {
+        QFETCH(QByteArray, section);
+        QFETCH(bool, isDialled);
+        const FakeDialer dialer;
+        const SealedFile old("[Dialer " + section + "]\nModem=/dev/old\n");
+        QVERIFY(QFile::link(old.path(), TestModemsCfg::configPath()));
+        Page page(dialer.program());
+        page.press("cbDial");
+        QTRY_COMPARE_WITH_TIMEOUT(page.finishedSpy.count(), 1, kLong);
+        const QString failure = QStringLiteral("The dialer's file %1 was not written: "
+                                               "Operation not permitted")
+                                    .arg(TestModemsCfg::configPath());
+        const QString hint = QStringLiteral(". The dialer goes by what the file held before.");
+        QVERIFY2(page.text().contains(failure), qPrintable(page.text()));
+        QCOMPARE(page.text().contains(failure + hint), isDialled);
+        QCOMPARE(page.text().contains(QStringLiteral("Open port /dev/old")), isDialled);
+        QCOMPARE(dialer.arguments().isEmpty(), !isDialled);
+        QVERIFY(page.isIdle());
+    }
+
+    void recordUnderAnotherKey_data()
+    {
+        QTest::addColumn<QString>("key");
+        QTest::addColumn<QString>("name");
+        QTest::addColumn<QString>("reason");
+        QTest::addColumn<QStringList>("dialled");
+        // The page knows it by its key, the dialer's file by its name.
+        QTest::newRow("another name")
+            << QStringLiteral("key") << gsm1 << QStringLiteral("There are no modem config for key")
+            << QStringList{gsm1};
+        QTest::newRow("name with an equals sign")
+            << gsm1 << QStringLiteral("PPPD Path=x")
+            << QStringLiteral("The dialer would take the name PPPD Path=x for an option")
+            << QStringList();
+        QTest::newRow("name with a leading dash")
+            << gsm1 << QStringLiteral("--config")
+            << QStringLiteral("The dialer would take the name --config for an option")
+            << QStringList();
+        QTest::newRow("key with a leading dash")
+            << QStringLiteral("--config") << gsm1
+            << QStringLiteral("There are no modem config for --config") << QStringList{gsm1};
+        QTest::newRow("no name") << gsm1 << QString() << QStringLiteral("Connection name is empty!")
+                                 << QStringList();
+    }
+    void recordUnderAnotherKey()
+    {
+        QFETCH(QString, key);
+        QFETCH(QString, name);
+        QFETCH(QString, reason);
+        QFETCH(QStringList, dialled);
+        const FakeDialer dialer;
+        ModemSettings().setModems({{key, modemOn(noPort, name)}});
+        ModemSettings().setConnectionsOrder({key});
+        Page page(dialer.program());
+        page.press("cbDial");
+        QTRY_COMPARE_WITH_TIMEOUT(page.finishedSpy.count(), 1, kLong);
+        QVERIFY2(page.text().contains(reason), qPrintable(page.text()));
+        QVERIFY(page.isIdle());
+        for (const QString &argument : qAsConst(dialled))
+            QVERIFY(dialer.arguments().contains(argument));
+        QCOMPARE(dialer.arguments().size(), dialled.size() * 2);
         QCOMPARE(
             m_service->commands, QStringList({QStringLiteral("stop"), QStringLiteral("restart")}));
     }

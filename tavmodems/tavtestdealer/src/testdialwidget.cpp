@@ -45,8 +45,11 @@ void TestDialWidget::testDial()
     TestModemsCfg::setActiveModemName(modem.connectionName());
     config.setModems({{modem.connectionName(), modem}});
     if (!config.lastError().isEmpty()) {
-        qCWarning(DIALUP).noquote() << QStringLiteral("The dialer's file %1 was not written: %2")
-                                           .arg(TestModemsCfg::configPath(), config.lastError());
+        QString warning = QStringLiteral("The dialer's file %1 was not written: %2")
+                              .arg(TestModemsCfg::configPath(), config.lastError());
+        if (config.modems().contains(modem.connectionName()))
+            warning += QStringLiteral(". The dialer goes by what the file held before.");
+        qCWarning(DIALUP).noquote() << warning;
     }
     if (m_servicesController)
         m_servicesController->stopModemsService();
