@@ -5,6 +5,7 @@
 #include "abstractworkerthread.h"
 
 #include <QNetworkAccessManager>
+#include <QNetworkRequest>
 #include <QPointer>
 #include <QRegularExpression>
 #include <QSignalSpy>
@@ -64,6 +65,20 @@ protected:
 
 public:
     QList<QPointer<QNetworkAccessManager>> managers;
+};
+
+/// Notes what is asked for, without a reply.
+class AddressTester : public InetTester
+{
+protected:
+    QNetworkReply *get(QNetworkAccessManager *, const QNetworkRequest &request) override
+    {
+        addresses.append(request.url());
+        return nullptr;
+    }
+
+public:
+    QList<QUrl> addresses;
 };
 
 } // namespace
@@ -126,7 +141,35 @@ private slots:
         QCOMPARE(spy.first().first().toBool(), true);
     }
 
-    void lateAnswerCountsTowardsTheNextRound()
+    void lateAnswersCountTowardsTheNextRound()
+    {
+        WebServer maker;
+        WebServer other;
+        maker.hold();
+        other.hold();
+        const auto conf = pages(maker.url(), other.url());
+        InetTester tester;
+        QSignalSpy spy(&tester, &InetTester::connectionExists);
+        tester.test();
+        QTRY_COMPARE(maker.requests(), 1);
+        QTRY_COMPARE(other.requests(), 1);
+        tester.test();
+        QTRY_COMPARE(maker.requests(), 2);
+        QTRY_COMPARE(other.requests(), 2);
+        // The first round's answers make the second one's verdict, whose own are still out.
+        maker.answerFirstHeld();
+        QVERIFY(!spy.wait(200));
+        other.answerFirstHeld();
+        QVERIFY(spy.wait(30000));
+        QCOMPARE(spy.first().first().toBool(), true);
+        // Those are beyond the second answer.
+        maker.answerHeld();
+        other.answerHeld();
+        QVERIFY(!spy.wait(200));
+        QCOMPARE(spy.count(), 1);
+    }
+
+    void roundStartsCountingAnew()
     {
         WebServer quick;
         WebServer slow;
@@ -136,16 +179,27 @@ private slots:
         QSignalSpy spy(&tester, &InetTester::connectionExists);
         tester.test();
         QTRY_COMPARE(slow.requests(), 1);
-        QTRY_COMPARE(quick.requests(), 1);
-        QVERIFY(!spy.wait(200)); // one answer of the first round is in
-        tester.test(); // which starts counting anew
+        QVERIFY(!spy.wait(200)); // one answer is in
+        quick.hold();
+        tester.test();
         QTRY_COMPARE(slow.requests(), 2);
         QTRY_COMPARE(quick.requests(), 2);
-        QVERIFY(!spy.wait(200));
-        slow.answerHeld(); // both rounds' at once: the second of them is beyond the second answer
+        slow.answerFirstHeld();
+        QVERIFY(!spy.wait(200)); // it is the first of this round
+        quick.answerHeld();
         QVERIFY(spy.wait(30000));
-        QVERIFY(!spy.wait(200));
         QCOMPARE(spy.count(), 1);
+        slow.answerHeld();
+    }
+
+    void makersPageIsAskedFirst()
+    {
+        WebServer maker;
+        WebServer other;
+        const auto conf = pages(maker.url(), other.url());
+        AddressTester tester;
+        tester.test();
+        QCOMPARE(tester.addresses, QList<QUrl>({maker.url(), other.url()}));
     }
 
     void requestWithoutAReplyIsAFailure()

@@ -29,6 +29,7 @@ public:
     int requests() const { return m_requests; }
 
     void hold() { m_isHolding = true; }
+    void answerFirstHeld() { answer(m_held.takeFirst()); } ///< goes on holding
     void answerHeld()
     {
         m_isHolding = false;

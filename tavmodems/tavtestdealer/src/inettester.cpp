@@ -13,8 +13,8 @@
 
 namespace {
 
-constexpr int pages = 2;
-constexpr int loggedBytes = 128;
+constexpr int kPages = 2;
+constexpr int kLoggedBytes = 128;
 
 } // namespace
 
@@ -80,7 +80,7 @@ void InetTester::handleReply(QNetworkReply *reply)
     const bool ok = reply->error() == QNetworkReply::NoError;
     setConnectionResult(ok);
     if (ok)
-        qDebug() << logbinary(reply->readAll().left(loggedBytes), "UTF-8");
+        qDebug() << logbinary(reply->readAll().left(kLoggedBytes), "UTF-8");
     else
         qDebug().noquote() << reply->errorString();
     reply->deleteLater();
@@ -90,7 +90,7 @@ void InetTester::setConnectionResult(bool ok)
 {
     ++m_answers;
     m_result = m_result || ok;
-    if (m_answers == pages) {
+    if (m_answers == kPages) {
         emit connectionExists(m_result);
         qDebug("Stop test");
     }

@@ -8,11 +8,11 @@
 
 namespace {
 
-constexpr int targetHeight = 48;
-constexpr int buttonPadding = 16;
-constexpr int scrollBarExtent = 32;
-constexpr int textSize = 12; // points
-constexpr int boxEdge = 3;
+constexpr int kTargetHeight = 48;
+constexpr int kButtonPadding = 16;
+constexpr int kScrollBarExtent = 32;
+constexpr int kTextSize = 12; // points
+constexpr int kBoxEdge = 3;
 
 } // namespace
 
@@ -26,7 +26,7 @@ TouchStyle::~TouchStyle() = default;
 void TouchStyle::enlargeText()
 {
     QFont font = QApplication::font();
-    font.setPointSize(textSize);
+    font.setPointSize(kTextSize);
     QApplication::setFont(font);
 }
 
@@ -45,7 +45,7 @@ void TouchStyle::drawPrimitive(PrimitiveElement element, const QStyleOption *opt
     // A terminal has no window manager to put a frame around it: a question would melt into the
     // window below.
     if (element == PE_Widget && qobject_cast<const QMessageBox *>(widget)) {
-        painter->setPen(QPen(option->palette.color(QPalette::Highlight), 2 * boxEdge));
+        painter->setPen(QPen(option->palette.color(QPalette::Highlight), 2 * kBoxEdge));
         painter->drawRect(option->rect);
     }
 }
@@ -56,12 +56,13 @@ QSize TouchStyle::sizeFromContents(
     const QSize given = QProxyStyle::sizeFromContents(type, option, size, widget);
     switch (type) {
     case CT_PushButton:
-        return (given + QSize(buttonPadding, 0)).expandedTo(QSize(2 * targetHeight, targetHeight));
+        return (given + QSize(kButtonPadding, 0))
+            .expandedTo(QSize(2 * kTargetHeight, kTargetHeight));
     case CT_MenuItem: {
         const auto *item = qstyleoption_cast<const QStyleOptionMenuItem *>(option);
         if (item && item->menuItemType == QStyleOptionMenuItem::Separator)
             return given;
-        return given.expandedTo(QSize(0, targetHeight));
+        return given.expandedTo(QSize(0, kTargetHeight));
     }
     default:
         return given;
@@ -81,6 +82,6 @@ int TouchStyle::pixelMetric(
     PixelMetric metric, const QStyleOption *option, const QWidget *widget) const
 {
     if (metric == PM_ScrollBarExtent)
-        return scrollBarExtent;
+        return kScrollBarExtent;
     return QProxyStyle::pixelMetric(metric, option, widget);
 }

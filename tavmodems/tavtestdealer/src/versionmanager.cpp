@@ -16,7 +16,7 @@ const QString VersionManager::QT_APP_NAME = QStringLiteral("Qt");
 
 namespace {
 
-const QString ownName = QStringLiteral("tavtestdialer");
+const QString kOwnName = QStringLiteral("tavtestdialer");
 
 QString applicationKey()
 {
@@ -58,7 +58,7 @@ bool VersionManager::saveAppVersion(int argc, char **argv)
     const QString exepath = QString::fromLocal8Bit(argv[0]);
     if (!QFileInfo::exists(exepath))
         return false;
-    return saveAppVersion(ownName, AppVersion::VERSION, AppVersion::BUILD, exepath);
+    return saveAppVersion(kOwnName, AppVersion::VERSION, AppVersion::BUILD, exepath);
 }
 
 bool VersionManager::saveAppVersion(const QString &application, const QString &version,
