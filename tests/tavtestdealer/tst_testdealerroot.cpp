@@ -1,6 +1,9 @@
+#include "modalbox.h"
 #include "terminalconf.h"
 #include "testdealerroot.h"
 
+#include "initconfig.h"
+#include "loggermanager.h"
 #include "qtsingleapplication.h"
 
 #include <QDir>
@@ -12,7 +15,65 @@
 #include <QTextCodec>
 #include <QTranslator>
 
+#include <sys/wait.h>
+#include <unistd.h>
+
 namespace {
+
+/// Another instance of this program. To be started before this process has an application.
+class OtherInstance
+{
+public:
+    OtherInstance(int &argc, char **argv)
+    {
+        int ready[2] = {};
+        int stop[2] = {};
+        if (::pipe(ready) != 0 || ::pipe(stop) != 0 || (m_pid = ::fork()) < 0)
+            qFatal("no other instance");
+        char c = 0;
+        if (m_pid == 0) {
+            ::close(stop[1]);
+            const TestDealerRoot root(argc, argv);
+            if (::write(ready[1], "x", 1) != 1 || ::read(stop[0], &c, 1) != 0)
+                ::_exit(1);
+            ::_exit(0);
+        }
+        ::close(stop[0]);
+        m_stop = stop[1];
+        if (::read(ready[0], &c, 1) != 1)
+            qFatal("the other instance does not start");
+        ::close(ready[0]);
+        ::close(ready[1]);
+    }
+    ~OtherInstance() { end(); }
+    OtherInstance(const OtherInstance &) = delete;
+    OtherInstance &operator=(const OtherInstance &) = delete;
+
+    void end()
+    {
+        if (m_pid <= 0)
+            return;
+        ::close(m_stop);
+        ::waitpid(m_pid, nullptr, 0);
+        m_pid = 0;
+    }
+
+private:
+    pid_t m_pid = 0;
+    int m_stop = -1;
+};
+
+QByteArray logText()
+{
+    QByteArray text;
+    const QFileInfoList files = QDir(InitConfig().loggerPath()).entryInfoList(QDir::Files);
+    for (const QFileInfo &info : files) {
+        QFile file(info.filePath());
+        if (file.open(QIODevice::ReadOnly))
+            text += file.readAll();
+    }
+    return text;
+}
 
 class Probe : public RootSingleton<Probe>
 {
@@ -85,8 +146,9 @@ class TestDealerRootTest : public QObject
     Q_OBJECT
 
 public:
-    explicit TestDealerRootTest(TestDealerRoot *root)
+    TestDealerRootTest(TestDealerRoot *root, OtherInstance *other)
         : m_root(root)
+        , m_other(other)
     {
     }
 
@@ -216,16 +278,50 @@ private slots:
         QCOMPARE(QTextCodec::codecForLocale()->name(), QByteArray("UTF-8"));
     }
 
+    // The last ones: the application is told to quit.
+    void secondInstanceIsRefused()
+    {
+        ModalBoxes boxes({[](QMessageBox *box) {
+            qWarning("while the box is shown");
+            box->button(QMessageBox::Ok)->click();
+        }});
+        QVERIFY(!m_root->init());
+        QCOMPARE(boxes.shown.size(), 1);
+        const ModalBoxes::Shown &box = boxes.shown.first();
+        QCOMPARE(box.title, QStringLiteral("Warning"));
+        QCOMPARE(box.text, QStringLiteral("The application is already running!"));
+        QCOMPARE(box.buttons, QStringList{QStringLiteral("OK")});
+        QCOMPARE(box.icon, QMessageBox::Information);
+        QCOMPARE(box.parent, nullptr);
+        // The log was there for the box and is released by now.
+        qWarning("after the box");
+        QVERIFY(logText().contains("while the box is shown"));
+        QVERIFY(!logText().contains("after the box"));
+    }
+
+    void firstInstanceGoesOnWithTheLogOpen()
+    {
+        m_other->end();
+        const ModalBoxes none({});
+        QVERIFY(m_root->init());
+        qWarning("the program runs");
+        LoggerManager::releaseLog();
+        QVERIFY(logText().contains("the program runs"));
+        QVERIFY(none.shown.isEmpty());
+    }
+
 private:
     TestDealerRoot *const m_root;
+    OtherInstance *const m_other;
     std::unique_ptr<QTemporaryDir> m_box;
     std::unique_ptr<TerminalConf> m_conf;
 };
 
 int main(int argc, char **argv)
 {
+    OtherInstance other(argc, argv);
     TestDealerRoot root(argc, argv);
-    TestDealerRootTest test(&root);
+    TestDealerRootTest test(&root, &other);
     return QTest::qExec(&test, argc, argv);
 }
 #include "tst_testdealerroot.moc"
