@@ -5,6 +5,7 @@
 #include "touchstyle.h"
 
 #include "busnames.h"
+#include "loggermanager.h"
 #include "modemsettings.h"
 #include "privatebus.h"
 #include "tavbusqueryhandler.h"
@@ -71,6 +72,25 @@ const QStringList theirs{QStringLiteral("theirs")};
 const QStringList ours{QStringLiteral("ours")};
 const std::initializer_list<const char *> buttonNames
     = {"pbDialPage", "pbAskPage", "pbSearchPage", "pbSaveSettings"};
+
+/// Keeps the warnings of the default category while it lives.
+class Warnings
+{
+public:
+    Warnings()
+    {
+        LoggerManager::setOutputs(QStringLiteral("default"),
+            [this](QtMsgType type, const QMessageLogContext &, const QString &text) {
+                if (type == QtWarningMsg)
+                    lines.append(text);
+            });
+    }
+    ~Warnings() { LoggerManager::removeOutput(QStringLiteral("default")); }
+    Warnings(const Warnings &) = delete;
+    Warnings &operator=(const Warnings &) = delete;
+
+    QStringList lines;
+};
 
 } // namespace
 
@@ -162,18 +182,35 @@ private slots:
     {
         store(ours);
         m_bus->stop();
-        ModemsWidget page;
-        page.loadSettings();
+        const Warnings log;
+        const ModemsWidget page;
         QCOMPARE(stored(), ours);
+        QCOMPARE(log.lines,
+            QStringList{
+                QStringLiteral("The modems settings are not loaded: the bus cannot be reached")});
         m_bus->start();
     }
 
     void withoutARecordTheStoreIsLeftAsItIs()
     {
         store(ours);
-        ModemsWidget page;
-        page.loadSettings();
+        const Warnings log;
+        const ModemsWidget page;
         QCOMPARE(stored(), ours);
+        QCOMPARE(log.lines, QStringList()); // nothing is wrong
+    }
+
+    void withoutABrokerTheLogTellsWhyTheListIsEmpty()
+    {
+        PrivateBus::Options options;
+        options.withBroker = false;
+        m_bus.reset();
+        m_bus = std::make_unique<PrivateBus>(options);
+        store(ours);
+        const Warnings log;
+        const ModemsWidget page;
+        QCOMPARE(stored(), ours);
+        QVERIFY2(!log.lines.isEmpty(), qPrintable(log.lines.join(QLatin1Char('\n'))));
     }
 
     void recordThatIsNoneOfOursChangesNothing()
@@ -186,8 +223,12 @@ private slots:
         tavbus::TavBusQueryHandler handler(tavbus::BUSNAME_TESTDEALER);
         QVERIFY(handler.open());
         QVERIFY(handler.saveSettings(settings));
+        const Warnings log;
         const ModemsWidget page;
         QCOMPARE(stored(), ours);
+        QCOMPARE(log.lines,
+            QStringList{QStringLiteral("The modems settings of %1 are refused")
+                            .arg(tavbus::BUSNAME_TESTDEALER)});
     }
 
     void saveGoesToTheModemServicesRecord()

@@ -8,6 +8,7 @@
 
 #include <QButtonGroup>
 #include <QDateTime>
+#include <QDebug>
 #include <QMessageBox>
 
 ModemsWidget::ModemsWidget(QWidget *parent)
@@ -50,12 +51,21 @@ bool ModemsWidget::saveSettings()
 void ModemsWidget::loadSettings()
 {
     tavbus::TavBusQueryHandler handler(tavbus::BUSNAME_TESTDEALER);
-    tavbus::ClientSettings settings;
-    if (!handler.open())
+    if (!handler.open()) {
+        qWarning("The modems settings are not loaded: the bus cannot be reached");
         return;
-    if (handler.loadSettings(tavbus::BUSNAME_TESTDEALER, settings)
-        || handler.loadSettings(tavbus::BUSNAME_TAVMODEMS, settings))
-        ModemSettings().setSettingsList(settings.settings());
+    }
+    for (const QString &owner : {tavbus::BUSNAME_TESTDEALER, tavbus::BUSNAME_TAVMODEMS}) {
+        // As a list, which tells an owner without a record from a bus that does not answer.
+        QList<tavbus::ClientSettings> records;
+        if (!handler.loadSettings(QStringList(owner), records)) {
+            qWarning().noquote() << "The bus does not give the modems settings of" << owner;
+        } else if (!records.isEmpty()) {
+            if (!ModemSettings().setSettingsList(records.first().settings()))
+                qWarning().noquote() << "The modems settings of" << owner << "are refused";
+            return;
+        }
+    }
 }
 
 void ModemsWidget::workStarted()
