@@ -80,6 +80,10 @@ void Wvdial::stop()
     m_pending.clear();
     if (m_process && m_process->state() != QProcess::NotRunning) {
         m_process->terminate();
+        // The end arrives within this wait and dialdowned() with it: the modem service is told to
+        // start again while strays may still be running, a pppd of that dialer's among them. The
+        // order stays: who waits for the end of the dial is not to wait for theirs, which has no
+        // limit; the service takes its time to start and they are ended right after.
         m_process->waitForFinished(processWait());
     }
     endAll(QStringLiteral("wvdial"));
