@@ -5,7 +5,19 @@
 #include "initconfig.h"
 #include "tavbus1proxy.h"
 
+#include <QTimer>
+
 namespace tavbus {
+
+namespace {
+
+bool isUnanswered(const QDBusError &error)
+{
+    return error.type() == QDBusError::NoReply || error.type() == QDBusError::Timeout
+        || error.type() == QDBusError::TimedOut;
+}
+
+} // namespace
 
 BrokerLink::BrokerLink(const QString &agent, Role role, QObject *parent)
     : QObject(parent)
@@ -22,12 +34,16 @@ bool BrokerLink::open()
     if (isOpen())
         return true;
     close();
-    const QDeadlineTimer deadline = newDeadline();
-    if (!m_connection.open(InitConfig().busAddress(), deadline))
+    if (m_isMute)
         return false;
+    const QDeadlineTimer deadline = newDeadline();
+    if (!m_connection.open(InitConfig().busAddress(), deadline)) {
+        noteSilence(deadline);
+        return false;
+    }
     m_broker = std::make_unique<TavBus1Proxy>(BROKER_SERVICE, BROKER_PATH, m_connection.bus());
     emit opened();
-    if (wait(registerAgent(deadline)))
+    if (wait(registerAgent(deadline), deadline))
         return true;
     close();
     return false;
@@ -50,15 +66,38 @@ QDBusPendingCall BrokerLink::registerAgent(const QDeadlineTimer &deadline)
     return m_broker->registerAgent(m_agent, m_role == Role::Listens);
 }
 
-bool BrokerLink::wait(QDBusPendingCall call)
+QDBusPendingCall BrokerLink::ask(const Call &call, const QDeadlineTimer &deadline)
+{
+    if (m_isMute)
+        return QDBusPendingCall::fromError(
+            QDBusError(QDBusError::Timeout, QStringLiteral("the broker did not answer just now")));
+    limitCallsTo(deadline);
+    QDBusPendingCall reply = call();
+    if (!wait(reply, deadline) && reply.error().name() == ERROR_NOT_REGISTERED
+        && wait(registerAgent(deadline), deadline)) {
+        limitCallsTo(deadline);
+        reply = call();
+        wait(reply, deadline);
+    }
+    return reply;
+}
+
+bool BrokerLink::wait(QDBusPendingCall call, const QDeadlineTimer &deadline)
 {
     call.waitForFinished();
+    if (call.isError() && isUnanswered(call.error()))
+        noteSilence(deadline);
     return !call.isError();
 }
 
-bool BrokerLink::isUnknown(const QDBusPendingCall &call)
+void BrokerLink::noteSilence(const QDeadlineTimer &deadline)
 {
-    return call.isError() && call.error().name() == ERROR_NOT_REGISTERED;
+    // One that died in mid-call, or a refused connection, is over sooner: the next call may well
+    // succeed. Qt's timers may end a little before their time.
+    if (m_isMute || deadline.remainingTimeAsDuration() > m_limit / 10)
+        return;
+    m_isMute = true;
+    QTimer::singleShot(0, this, [this] { m_isMute = false; });
 }
 
 void BrokerLink::limitCallsTo(const QDeadlineTimer &deadline)

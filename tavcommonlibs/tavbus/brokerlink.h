@@ -6,6 +6,7 @@
 #include <QObject>
 
 #include <chrono>
+#include <functional>
 #include <memory>
 
 class TavBus1Proxy;
@@ -15,6 +16,9 @@ namespace tavbus {
 /**
  * One connection that speaks to the broker as an agent: what the tool's and the service's side of
  * the bus share. Belongs to one thread.
+ *
+ * A call that got no answer within timeLimit() makes the link mute: open() and ask() fail at once
+ * until the event loop has turned. So one slot blocks for one limit, however many calls it makes.
  */
 class BrokerLink : public QObject
 {
@@ -40,15 +44,11 @@ public:
     /// Says again who speaks here, without waiting.
     QDBusPendingCall registerAgent(const QDeadlineTimer &deadline);
 
-    /// Makes \a call (which returns a pending reply of broker()) and waits for its end; once more
-    /// after registering again, when the broker was a new one that did not know this connection.
-    template <typename Call>
-    auto ask(Call call, const QDeadlineTimer &deadline);
-    template <typename Call>
-    auto ask(Call call)
-    {
-        return ask(call, newDeadline());
-    }
+    /// Makes \a call (one of broker()'s) and waits for its end; once more after registering again,
+    /// when the broker was a new one that did not know this connection.
+    using Call = std::function<QDBusPendingCall()>;
+    QDBusPendingCall ask(const Call &call, const QDeadlineTimer &deadline);
+    QDBusPendingCall ask(const Call &call) { return ask(call, newDeadline()); }
 
     QDeadlineTimer newDeadline() const { return QDeadlineTimer(m_limit); }
 
@@ -61,29 +61,16 @@ signals:
     void connectionLost();
 
 private:
-    static bool wait(QDBusPendingCall call);
-    static bool isUnknown(const QDBusPendingCall &call);
+    bool wait(QDBusPendingCall call, const QDeadlineTimer &deadline);
+    void noteSilence(const QDeadlineTimer &deadline);
     void limitCallsTo(const QDeadlineTimer &deadline);
 
     const QString m_agent;
     const Role m_role;
     std::chrono::milliseconds m_limit{5000};
+    bool m_isMute = false;
     BusConnection m_connection;
     std::unique_ptr<TavBus1Proxy> m_broker; // null when closed; goes before its connection
 };
-
-template <typename Call>
-auto BrokerLink::ask(Call call, const QDeadlineTimer &deadline)
-{
-    limitCallsTo(deadline);
-    auto reply = call();
-    wait(reply);
-    if (isUnknown(reply) && wait(registerAgent(deadline))) {
-        limitCallsTo(deadline);
-        reply = call();
-        wait(reply);
-    }
-    return reply;
-}
 
 } // namespace tavbus

@@ -126,7 +126,7 @@ bool TavBusQueryHandler::sendMessage(tavbus::Message message)
     const auto data = wire::checked(message.data, wire::kMaxState);
     if (!isOpen() || !data || !wire::isName(message.receiver) || !wire::isName(message.name))
         return false;
-    const auto reply = m_link->ask(
+    const QDBusPendingReply<bool> reply = m_link->ask(
         [&] { return m_link->broker()->sendCommand(message.receiver, message.name, *data); });
     return !reply.isError() && reply.value();
 }

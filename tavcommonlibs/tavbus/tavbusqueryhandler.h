@@ -17,8 +17,10 @@ class BrokerLink;
  * A tool's side of the bus: reads and writes settings, reads states, sends commands.
  *
  * Every call blocks until the broker has answered and gives up after timeLimit(), a dead or frozen
- * bus included; none runs an event loop and none logs. All fail with false while the handler is
- * not open. A broker that died is started again by the next call, unnoticed by the caller.
+ * bus included; none runs an event loop and none logs. After a call that got no answer in that time
+ * all others, open() included, fail at once until the event loop has turned: one slot blocks for
+ * one limit at most, however many calls it makes. All fail with false while the handler is not
+ * open. A broker that died is started again by the next call, unnoticed by the caller.
  *
  * Belongs to one thread. The connection is the handler's own and ends with it.
  */

@@ -131,23 +131,6 @@ private slots:
         QTRY_COMPARE(stopped.count(), 1);
     }
 
-    void aFrozenBrokerHoldsNothingUp()
-    {
-        const PrivateBus bus;
-        const FakeTerminal terminal;
-        QuickController controller;
-        QVERIFY(controller.handler()->open());
-        controller.handler()->setTimeLimit(std::chrono::milliseconds(100));
-        QSignalSpy stopped(&controller, &ServicesController::stopped);
-        bus.freezeBroker();
-        QElapsedTimer clock;
-        clock.start();
-        controller.stopServices();
-        QVERIFY(stopped.count() == 1 || stopped.wait());
-        QVERIFY2(clock.elapsed() < 5'000, qPrintable(QString::number(clock.elapsed())));
-        bus.thawBroker();
-    }
-
     void aServiceThatDiesInBetweenIsAwaitedNoLongerThanItsStateHolds()
     {
         const PrivateBus bus;

@@ -26,6 +26,12 @@ namespace {
 constexpr std::chrono::milliseconds kShort = 300ms;
 constexpr qint64 kMargin = 1500; // ms on top of a limit, for a busy machine
 
+// What goes on when a slot has returned.
+void turnTheLoop()
+{
+    QCoreApplication::processEvents();
+}
+
 // Connections that wait at the bus until no further one is taken.
 class FullQueue
 {
@@ -72,6 +78,9 @@ private slots:
 
     void callsToAFrozenBrokerEndAtTheLimit_data();
     void callsToAFrozenBrokerEndAtTheLimit();
+    void callsOfOneTurnShareOneLimit();
+    void opensOfOneTurnShareOneLimit();
+    void brokerThatDiesInACallIsStartedByTheNext();
     void limitIsFiveSeconds();
     void openAtAFrozenBusEndsAtTheLimit();
     void openAtAFrozenBusWithAFullQueueEndsAtTheLimit();
@@ -146,9 +155,69 @@ void FrozenBusTest::callsToAFrozenBrokerEndAtTheLimit()
     verifyEnded(kShort);
 
     m_bus->thawBroker();
+    turnTheLoop();
     m_handler->setTimeLimit(5s);
     QVERIFY(m_handler->open());
     QVERIFY(m_handler->saveSettings(records::settings(BUSNAME_TAVMODEMS, {3})));
+}
+
+void FrozenBusTest::callsOfOneTurnShareOneLimit()
+{
+    QVERIFY(m_handler->open());
+    m_handler->setTimeLimit(kShort);
+    m_bus->freezeBroker();
+    ClientSettings settings;
+    ClientState state;
+    m_clock.start();
+    QVERIFY(!m_handler->saveSettings(records::settings(BUSNAME_TAVMODEMS, {2})));
+    QVERIFY(!m_handler->loadSettings(BUSNAME_TAVMODEMS, settings));
+    QVERIFY(!m_handler->removeSettings(BUSNAME_TAVMODEMS, false));
+    QVERIFY(!m_handler->loadState(BUSNAME_TAVMODEMS, state));
+    for (int i = 0; i < 20; ++i)
+        QVERIFY(!m_handler->sendMessage({BUSNAME_TAVMODEMS, QStringLiteral("stop"), {}}));
+    QVERIFY(m_handler->isOpen());
+    m_handler->close();
+    QVERIFY(!m_handler->open());
+    verifyEnded(kShort);
+
+    // The next turn asks again: in vain first, then with success.
+    turnTheLoop();
+    m_clock.start();
+    QVERIFY(!m_handler->open());
+    verifyEnded(kShort);
+    m_bus->thawBroker();
+    turnTheLoop();
+    m_handler->setTimeLimit(5s);
+    QVERIFY(m_handler->open());
+    QVERIFY(m_handler->saveSettings(records::settings(BUSNAME_TAVMODEMS, {3})));
+}
+
+void FrozenBusTest::opensOfOneTurnShareOneLimit()
+{
+    m_handler->setTimeLimit(kShort);
+    m_bus->freeze();
+    m_clock.start();
+    for (int i = 0; i < 20; ++i)
+        QVERIFY(!m_handler->open());
+    verifyEnded(kShort);
+    m_bus->thaw();
+}
+
+void FrozenBusTest::brokerThatDiesInACallIsStartedByTheNext()
+{
+    QVERIFY(m_handler->open());
+    const auto broker = pid_t(m_bus->brokerPid());
+    m_bus->freezeBroker();
+    QProcess killer; // in mid-call, while this thread is blocked
+    killer.start(QStringLiteral("sh"),
+        {QStringLiteral("-c"), QStringLiteral("sleep 0.2; kill -9 %1").arg(broker)});
+    QVERIFY(killer.waitForStarted());
+    m_clock.start();
+    QVERIFY(!m_handler->saveSettings(records::settings(BUSNAME_TAVMODEMS, {2})));
+    QVERIFY(m_clock.elapsed() < 4'000);
+    // In the same turn.
+    QVERIFY(m_handler->saveSettings(records::settings(BUSNAME_TAVMODEMS, {3})));
+    QVERIFY(killer.waitForFinished());
 }
 
 void FrozenBusTest::limitIsFiveSeconds()
@@ -160,6 +229,7 @@ void FrozenBusTest::limitIsFiveSeconds()
     verifyEnded(5s);
     m_bus->freeze();
     m_handler->close();
+    turnTheLoop();
     m_clock.start();
     QVERIFY(!m_handler->open());
     verifyEnded(5s);
@@ -175,6 +245,7 @@ void FrozenBusTest::openAtAFrozenBusEndsAtTheLimit()
         m_clock.start();
         QVERIFY(!m_handler->open());
         verifyEnded(kShort);
+        turnTheLoop();
     }
     m_bus->thaw();
     m_handler->setTimeLimit(5s);
@@ -193,6 +264,7 @@ void FrozenBusTest::openAtAFrozenBusWithAFullQueueEndsAtTheLimit()
         verifyEnded(kShort);
     }
     m_bus->thaw();
+    turnTheLoop();
     m_handler->setTimeLimit(5s);
     QVERIFY(m_handler->open());
 }
@@ -251,6 +323,7 @@ void FrozenBusTest::agentOfAFrozenBrokerPublishesLater()
     QVERIFY(!agent.publishState(QVariantMap()));
     verifyEnded(5s);
     m_bus->thawBroker();
+    turnTheLoop();
     QVERIFY(agent.publishState({{QStringLiteral("serviceMode"), 6}}));
     QCOMPARE(closed.count(), 0);
 }
