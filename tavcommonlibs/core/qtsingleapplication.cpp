@@ -1,40 +1,15 @@
 #include "qtsingleapplication.h"
 
+#include "runtimedirectory.h"
+
 #include <QCryptographicHash>
 #include <QDebug>
-#include <QDir>
 #include <QFileInfo>
-#include <QStandardPaths>
-
-#include <sys/stat.h>
-#include <unistd.h>
 
 namespace {
 
 // How long another instance may take from creating the lock file to having written it.
 constexpr int kWritingTime = 1000; // ms
-
-/// XDG_RUNTIME_DIR where it is usable, else (su keeps another user's) a private directory under the
-/// temporary one; empty when somebody else sits on that name.
-QString runtimeDirectory()
-{
-    QString given = qEnvironmentVariable("XDG_RUNTIME_DIR");
-    const QFileInfo info(given);
-    if (QDir::isAbsolutePath(given) && info.isDir() && info.ownerId() == geteuid()
-        && info.isWritable())
-        return given;
-
-    QString own = QDir::tempPath() + QStringLiteral("/ovrel-%1").arg(geteuid());
-    const QByteArray name = QFile::encodeName(own);
-    struct stat status = {};
-    if (mkdir(name.constData(), S_IRWXU) != 0 && errno != EEXIST)
-        return {};
-    // No link followed: the name lies in a directory that everybody writes to.
-    if (lstat(name.constData(), &status) != 0 || !S_ISDIR(status.st_mode)
-        || status.st_uid != geteuid() || chmod(name.constData(), S_IRWXU) != 0)
-        return {};
-    return own;
-}
 
 QString lockName()
 {
@@ -50,7 +25,7 @@ QtSingleApplication::QtSingleApplication(int &argc, char **argv, bool gui)
     : QApplication(argc, argv)
 {
     Q_UNUSED(gui)
-    const QString directory = runtimeDirectory();
+    const QString directory = RuntimeDirectory::path();
     if (directory.isEmpty())
         return;
     m_lock = std::make_unique<QLockFile>(directory + lockName());

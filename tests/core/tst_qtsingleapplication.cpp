@@ -17,11 +17,10 @@ const QByteArray kAnotherRuns = "another runs\n";
 class Instance
 {
 public:
-    explicit Instance(
-        const QProcessEnvironment &environment, const QString &program = QStringLiteral(PROBE))
+    explicit Instance(const QProcessEnvironment &environment, const QStringList &arguments = {})
     {
         m_process.setProcessEnvironment(environment);
-        m_process.start(program, QStringList());
+        m_process.start(QStringLiteral(PROBE), arguments);
     }
 
     QByteArray answer()
@@ -158,6 +157,27 @@ private slots:
         struct stat status = {};
         QCOMPARE(stat(QFile::encodeName(fallback()).constData(), &status), 0);
         QCOMPARE(static_cast<int>(status.st_mode & 07777), 0700);
+    }
+
+    void theLockStaysWhereItIsWhateverTheTemporaryDirectoryBecomes()
+    {
+        m_environment.insert(QStringLiteral("XDG_RUNTIME_DIR"), QString());
+        m_environment.insert(QStringLiteral("TMPDIR"), m_box->path());
+        const QStringList ownTemporary(QStringLiteral("own temporary directory"));
+        const auto directories = [this] {
+            return QDir(m_box->path()).entryList({QStringLiteral("ovrel-*")}, QDir::Dirs).size();
+        };
+        Instance first(m_environment, ownTemporary);
+        QCOMPARE(first.answer(), kFirst);
+        Instance second(m_environment, ownTemporary);
+        QCOMPARE(second.answer(), kAnotherRuns);
+        Instance third(m_environment);
+        QCOMPARE(third.answer(), kAnotherRuns);
+        // One of each that made one, and that of the lock.
+        QCOMPARE(directories(), 3);
+        first.end();
+        second.end();
+        QCOMPARE(directories(), 1);
     }
 
     void withNoPlaceForALockTheProgramStartsAndSaysSo()

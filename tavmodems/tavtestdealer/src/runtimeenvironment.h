@@ -18,6 +18,7 @@ public:
     static void prepare();
 
     /// `shared` where it is a directory that root or this user owns, that this user can write to
-    /// and that is closed to others; else a 0700 directory of the user's own, created on demand.
+    /// and that is closed to others; else a 0700 directory of the user's own, created on demand;
+    /// the last resort among those is removed when the program ends.
     static QString privateTempDir(const QString &shared = QStringLiteral("/run/ovrel"));
 };
