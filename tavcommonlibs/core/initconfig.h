@@ -26,7 +26,8 @@ public:
 
     /// Directories, not created here. Where a default one ("/var/lib/ovrel", "/var/log/ovrel",
     /// "/var/lib/ovrel/versions") can neither be written nor created by this user, the answer is a
-    /// directory "ovrel" of the user's own; that one is created on use as well.
+    /// directory "ovrel" of the user's own, or one in it. Who writes there creates it first; only
+    /// the versions directory is not created by its user, since it belongs to the installation.
     QString workDir() const; ///< paths/workDir
     QString loggerPath() const; ///< paths/logger; may also name a file
     QString versionsPath() const; ///< paths/versions

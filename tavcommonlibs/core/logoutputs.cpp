@@ -126,12 +126,6 @@ bool LogOutputs::contains(const QByteArray &name) const
     return m_outputs.count(name) > 0;
 }
 
-bool LogOutputs::isEmpty() const
-{
-    const std::lock_guard lock(m_mutex);
-    return m_outputs.empty();
-}
-
 void LogOutputs::pass(QtMsgType type, const QMessageLogContext &context, const QString &text)
 {
     const char *category = context.category ? context.category : "default";

@@ -25,7 +25,6 @@ public:
     void set(const QByteArray &name, Function function);
     void remove(const QByteArray &name);
     bool contains(const QByteArray &name) const;
-    bool isEmpty() const;
     void pass(QtMsgType type, const QMessageLogContext &context, const QString &text);
 
 private:

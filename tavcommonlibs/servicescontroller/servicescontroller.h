@@ -18,8 +18,8 @@ class TavBusQueryHandler;
 /// Stopping and starting run on the event loop: commands go out, then the services' states are
 /// asked for once a second until all are where they should be or a minute has passed. Each sequence
 /// ends with its signal, whatever went wrong; what is not done by then is in the log. Sequences
-/// that overlap share one clock. Every call to the bus blocks for 5 s at most. Belongs to one
-/// thread.
+/// that overlap share one clock. All calls to the bus in one turn of the event loop together block
+/// for 5 s at most when it does not answer. Belongs to one thread.
 class ServicesController : public QObject
 {
     Q_OBJECT
@@ -55,7 +55,9 @@ public:
 
     /// Whether a service is where the last stop, or a start, wants it. A service that the last stop
     /// did not concern counts as stopped. One without a usable state counts as stopped and as
-    /// started, so that a dead service holds nothing up; only the printers count as not started.
+    /// started, so that a dead service holds nothing up; only the printers count as not started. A
+    /// body that cannot be read is no usable state either, but for the modem service: one that says
+    /// nothing of its mode may still hold the port, and counts as not stopped (and as started).
     bool modemsServiceIsStopped();
     bool modemsServiceIsStarted();
     bool watchdogsServiceIsStopped();
