@@ -12,6 +12,8 @@ namespace tavbus::wire {
 namespace {
 
 constexpr qint64 kNoStamp = std::numeric_limits<qint64>::min();
+constexpr qint64 kFirstStamp = -62135596800000; // 0001-01-01 00:00:00.000 UTC
+constexpr qint64 kLastStamp = 253402300799999; // 9999-12-31 23:59:59.999 UTC
 constexpr auto kPackFormat = QDataStream::Qt_5_15;
 
 /// Takes a value out of its wrappings and counts the bytes that it will take packed, as it goes:
@@ -148,6 +150,11 @@ private:
     qint64 m_left; // bytes
 };
 
+bool isSane(qint64 stamp)
+{
+    return stamp >= kFirstStamp && stamp <= kLastStamp;
+}
+
 template <typename Container>
 std::optional<Container> checkedContainer(const Container &container, int limit)
 {
@@ -206,12 +213,13 @@ std::optional<QVariantMap> checked(const QVariantMap &map, int limit)
 
 qint64 fromDateTime(const QDateTime &dt)
 {
-    return dt.isValid() ? dt.toMSecsSinceEpoch() : kNoStamp;
+    const qint64 stamp = dt.isValid() ? dt.toMSecsSinceEpoch() : kNoStamp;
+    return isSane(stamp) ? stamp : kNoStamp;
 }
 
 QDateTime toDateTime(qint64 stamp)
 {
-    return stamp == kNoStamp ? QDateTime() : QDateTime::fromMSecsSinceEpoch(stamp);
+    return isSane(stamp) ? QDateTime::fromMSecsSinceEpoch(stamp) : QDateTime();
 }
 
 } // namespace tavbus::wire

@@ -33,7 +33,8 @@ std::optional<QVariant> unpacked(const QByteArray &bytes);
 std::optional<QVariantList> checked(const QVariantList &list, int limit);
 std::optional<QVariantMap> checked(const QVariantMap &map, int limit);
 
-/// Milliseconds since the epoch; an invalid time stamp is the smallest number.
+/// Milliseconds since the epoch; an invalid time stamp is the smallest number. One beyond the years
+/// 1 to 9999 is none either: sums with it could overflow, and pass for new what was never stamped.
 qint64 fromDateTime(const QDateTime &dt);
 QDateTime toDateTime(qint64 stamp);
 

@@ -5,9 +5,12 @@
 #include "servicescontroller.h"
 #include "tavbusqueryhandler.h"
 
+#include <QDBusConnection>
+#include <QDBusMessage>
 #include <QElapsedTimer>
 #include <QtTest>
 
+#include <limits>
 #include <memory>
 
 using namespace tavbus;
@@ -127,6 +130,36 @@ private slots:
         QVERIFY(modems.agent().publishState(unstamped));
         ClientState state;
         QVERIFY(!m_controller->getClientState(BUSNAME_TAVMODEMS, state));
+    }
+
+    void aStampBeyondReasonIsNone_data()
+    {
+        QTest::addColumn<qint64>("stamp");
+        QTest::newRow("smallest") << std::numeric_limits<qint64>::min() + 1;
+        QTest::newRow("largest") << std::numeric_limits<qint64>::max();
+    }
+
+    void aStampBeyondReasonIsNone()
+    {
+        // Not by our own library, which would not send it.
+        QFETCH(qint64, stamp);
+        const QString name = QStringLiteral("another client");
+        QDBusConnection client = QDBusConnection::connectToBus(m_bus->address(), name);
+        const auto call = [&client](const QString &method, const QVariantList &arguments) {
+            auto message = QDBusMessage::createMethodCall(
+                BROKER_SERVICE, BROKER_PATH, BROKER_INTERFACE, method);
+            message.setArguments(arguments);
+            return client.call(message).type();
+        };
+        QCOMPARE(call(QStringLiteral("registerAgent"), {BUSNAME_TAVMODEMS, true}),
+            QDBusMessage::ReplyMessage);
+        QCOMPARE(call(QStringLiteral("publishState"),
+                     {BUSNAME_TAVMODEMS, QVariant::fromValue(stamp), QVariantMap(modemsBody(2))}),
+            QDBusMessage::ReplyMessage);
+        ClientState state;
+        QVERIFY(!m_controller->getClientState(BUSNAME_TAVMODEMS, state));
+        client = QDBusConnection(QString());
+        QDBusConnection::disconnectFromBus(name);
     }
 
     void aServiceThatNeverPublishedHasNoState()

@@ -35,6 +35,8 @@ private slots:
     void sizeLimitIsThatOfThePackedMap();
     void timeStamps_data();
     void timeStamps();
+    void stampsBeyondReasonAreNone_data();
+    void stampsBeyondReasonAreNone();
 };
 
 void WireTest::names_data()
@@ -156,6 +158,31 @@ void WireTest::sizeLimitIsThatOfThePackedMap()
     const int size = wire::packed(map).size();
     QCOMPARE(wire::checked(map, size).value_or(QVariantMap()), map);
     QVERIFY(!wire::checked(map, size - 1));
+}
+
+void WireTest::stampsBeyondReasonAreNone_data()
+{
+    constexpr qint64 kMin = std::numeric_limits<qint64>::min();
+    constexpr qint64 kMax = std::numeric_limits<qint64>::max();
+    QTest::addColumn<qint64>("stamp");
+    QTest::addColumn<bool>("isOne");
+    QTest::newRow("none") << kMin << false;
+    QTest::newRow("smallest and 1 ms") << kMin + 1 << false;
+    QTest::newRow("largest") << kMax << false;
+    QTest::newRow("year 0") << Q_INT64_C(-62135596800001) << false;
+    QTest::newRow("year 1") << Q_INT64_C(-62135596800000) << true;
+    QTest::newRow("year 9999") << Q_INT64_C(253402300799999) << true;
+    QTest::newRow("year 10000") << Q_INT64_C(253402300800000) << false;
+}
+
+void WireTest::stampsBeyondReasonAreNone()
+{
+    QFETCH(const qint64, stamp);
+    QFETCH(const bool, isOne);
+    const QDateTime dt = wire::toDateTime(stamp);
+    QCOMPARE(dt.isValid(), isOne);
+    QCOMPARE(wire::fromDateTime(dt), isOne ? stamp : std::numeric_limits<qint64>::min());
+    QCOMPARE(wire::fromDateTime(QDateTime::fromMSecsSinceEpoch(stamp)), wire::fromDateTime(dt));
 }
 
 void WireTest::timeStamps_data()
