@@ -28,8 +28,10 @@ QString level(QtMsgType type)
 
 GuiLog::GuiLog()
 {
+    m_clock.start();
     LoggerManager::setOutputs(
         category(), [this](QtMsgType type, const QMessageLogContext &, const QString &text) {
+            m_messages.append({text, m_clock.elapsed()});
             static const QRegularExpression number(QStringLiteral(" \\d+$"));
             const QString line = level(type) + QString(text).replace(number, QStringLiteral(" #"));
             if (m_lines.isEmpty() || m_lines.last() != line)

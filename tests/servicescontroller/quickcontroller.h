@@ -22,8 +22,13 @@ public:
 
     int period = 20; // ms
     int wait = 60'000; // ms
+    mutable int looks = 0; // asked for so far
 
 protected:
-    int pollPeriod() const override { return period; }
+    int pollPeriod() const override
+    {
+        ++looks;
+        return period;
+    }
     int longestWait() const override { return wait; }
 };

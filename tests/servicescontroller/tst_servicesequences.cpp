@@ -5,6 +5,7 @@
 #include "sentcommands.h"
 
 #include <QElapsedTimer>
+#include <QRegularExpression>
 #include <QTemporaryDir>
 #include <QtTest>
 
@@ -425,6 +426,75 @@ private slots:
 
     // --- Lives that cross
 
+    void eachLookIsLoggedOnceWithTheTimeThatHasPassed_data()
+    {
+        QTest::addColumn<bool>("stop");
+        QTest::newRow("stop") << true;
+        QTest::newRow("start") << false;
+    }
+
+    void eachLookIsLoggedOnceWithTheTimeThatHasPassed()
+    {
+        QFETCH(bool, stop);
+        m_terminal->makeDeaf();
+        stop ? m_terminal->publishRunning() : m_terminal->publishStopped(); // all four are late
+        m_controller->period = 50;
+        m_controller->wait = 400;
+        QSignalSpy &ended = stop ? *m_stopped : *m_started;
+        m_log.reset();
+        const GuiLog log; // takes the time from here on
+        QElapsedTimer clock;
+        clock.start();
+        stop ? m_controller->stopServices() : m_controller->startServices();
+        const qint64 sending = clock.elapsed(); // the controller's clock starts at its end
+        QVERIFY(ended.wait());
+
+        const QVector<QPair<QString, qint64>> warnings = timed(log);
+        QCOMPARE(warnings.size(), m_controller->looks); // the last one is the time-out's
+        QVERIFY(warnings.size() >= 3);
+        const QString late = stop ? QStringLiteral("Modems are not stopped")
+                                  : QStringLiteral("Modems are not started");
+        for (int i = 0; i + 1 < warnings.size(); ++i)
+            QCOMPARE(warnings[i].first, late);
+        QCOMPARE(warnings.last().first,
+            stop ? QStringLiteral("Services were stopped by timeout")
+                 : QStringLiteral("Services were started by timeout"));
+        QVERIFY(warnings.last().second > 400);
+        for (int i = 1; i < warnings.size(); ++i)
+            QVERIFY(warnings[i].second >= warnings[i - 1].second + 45); // Qt's timers may be early
+        QVERIFY(warnings.first().second >= 45);
+        // It is the time since the commands went out, give or take what a busy machine takes.
+        const QVector<GuiLog::Message> messages = log.messages();
+        const qint64 since = messages.last().at - warnings.last().second;
+        QVERIFY2(since >= 0 && since <= sending + 500, qPrintable(QString::number(since)));
+    }
+
+    void overlappingSequencesShareOneClock()
+    {
+        m_terminal->makeDeaf();
+        m_terminal->publishRunning();
+        m_controller->wait = 600;
+        m_controller->stopServices(Flag::Printers);
+        const auto lastTime = [this] {
+            const auto warnings = timed(*m_log);
+            return warnings.isEmpty() ? -1 : warnings.last().second;
+        };
+        QTRY_VERIFY(lastTime() >= 300);
+        QCOMPARE(m_stopped->count(), 0);
+        QElapsedTimer sinceTheSecond;
+        qint64 firstEnd = -1;
+        connect(m_controller.get(), &ServicesController::stopped, this, [&] {
+            if (firstEnd < 0)
+                firstEnd = sinceTheSecond.elapsed();
+        });
+        m_controller->stopServices(Flag::Printers);
+        sinceTheSecond.start();
+        // The first sequence's time starts anew as well.
+        QTRY_VERIFY(lastTime() < 300);
+        QTRY_COMPARE(m_stopped->count(), 2);
+        QVERIFY2(firstEnd >= 590, qPrintable(QString::number(firstEnd)));
+    }
+
     void overlappingSequencesBothEnd()
     {
         m_terminal->publishRunning();
@@ -523,6 +593,18 @@ private:
         QTemporaryDir m_box;
         QByteArray m_before = qgetenv("TAV_TERMINAL_CONF");
     };
+
+    /// The messages that end in a time: text and ms.
+    static QVector<QPair<QString, qint64>> timed(const GuiLog &log)
+    {
+        static const QRegularExpression withTime(QStringLiteral("^(.*) (\\d+)$"));
+        QVector<QPair<QString, qint64>> result;
+        for (const GuiLog::Message &message : log.messages()) {
+            if (const auto match = withTime.match(message.text); match.hasMatch())
+                result.append({match.captured(1), match.captured(2).toLongLong()});
+        }
+        return result;
+    }
 
     template <typename Signal>
     std::unique_ptr<QSignalSpy> spy(Signal signal)
