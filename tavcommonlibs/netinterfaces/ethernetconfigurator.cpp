@@ -1,0 +1,297 @@
+#include "ethernetconfigurator.h"
+
+#include <QCoreApplication>
+#include <QDebug>
+#include <QDir>
+#include <QFile>
+#include <QNetworkConfigurationManager>
+#include <QRegularExpression>
+#include <QTextCodec>
+#include <QTextStream>
+#include <QThread>
+
+#include <algorithm>
+
+namespace {
+
+QT_WARNING_PUSH
+QT_WARNING_DISABLE_DEPRECATED // Qt 5.15 deprecates these and has nothing in their place
+
+    QNetworkConfigurationManager *
+    makeManager(QObject *parent)
+{
+    return new QNetworkConfigurationManager(parent);
+}
+
+QVector<QPair<QString, bool>> ethernetInterfacesOf(const QNetworkConfigurationManager &manager)
+{
+    QVector<QPair<QString, bool>> interfaces;
+    const auto configurations = manager.allConfigurations();
+    for (const auto &configuration : configurations) {
+        if (configuration.bearerType() == QNetworkConfiguration::BearerEthernet)
+            interfaces.append({configuration.name(),
+                configuration.state().testFlag(QNetworkConfiguration::Active)});
+    }
+    return interfaces;
+}
+
+QT_WARNING_POP
+
+QTextCodec *utf8()
+{
+    return QTextCodec::codecForName("UTF-8");
+}
+
+// The first address of the line, or nothing.
+QString addressIn(const QString &line)
+{
+    static const QRegularExpression pattern(
+        QStringLiteral("\\b(?:(?:25[0-5]|2[0-4][0-9]|[01]?[0-9][0-9]?)\\.){3}"
+                       "(?:25[0-5]|2[0-4][0-9]|[01]?[0-9][0-9]?)\\b"));
+    return pattern.match(line).captured(0);
+}
+
+// The first option found in the line decides: a "hwaddress" line counts as the address.
+void readOption(const QString &line, InterfaceSettings &settings)
+{
+    const QLatin1String dns("dns-nameservers");
+    if (line.contains(QLatin1String("address")))
+        settings.setAddress(addressIn(line));
+    else if (line.contains(QLatin1String("netmask")))
+        settings.setNetMask(addressIn(line));
+    else if (line.contains(QLatin1String("gateway")))
+        settings.setGateway(addressIn(line));
+    else if (line.contains(dns))
+        settings.setDnsServers(QString(line).remove(dns).trimmed());
+}
+
+// Names come from the system, but network managers make up names of their own. What goes into a
+// file that root obeys, and on root's command line, is one word without quotes or escapes, no
+// option and no path.
+bool isPlainName(const QString &name)
+{
+    const auto isPlain = [](QChar c) {
+        return c.isPrint() && !c.isSpace() && c != QLatin1Char('"') && c != QLatin1Char('\'')
+            && c != QLatin1Char('\\') && c != QLatin1Char('/');
+    };
+    return !name.isEmpty() && !name.startsWith(QLatin1Char('-'))
+        && std::all_of(name.cbegin(), name.cend(), isPlain);
+}
+
+// A value ends where its line ends: it starts no other line and does not draw the next one in.
+QString oneLine(QString value)
+{
+    for (const char lineBreak : {'\n', '\r', '\0'})
+        value.replace(QLatin1Char(lineBreak), QLatin1Char(' '));
+    while (value.endsWith(QLatin1Char('\\')))
+        value.chop(1);
+    return value;
+}
+
+// One argument for QProcess::splitCommand(), which takes three quotes for one.
+QString argument(const QString &text)
+{
+    const bool isWord = std::none_of(
+        text.cbegin(), text.cend(), [](QChar c) { return c.isSpace() || c == QLatin1Char('"'); });
+    if (isWord)
+        return text;
+    const QString quote(QLatin1Char('"'));
+    return quote + QString(text).replace(quote, QStringLiteral("\"\"\"")) + quote;
+}
+
+} // namespace
+
+EthernetConfigurator::EthernetConfigurator(QObject *parent, const QString &interfacesFile)
+    : QObject(parent)
+    , m_interfacesFile(interfacesFile)
+    , m_manager(makeManager(this))
+    , m_process(new QProcess(this))
+{
+    m_process->setProcessEnvironment(QProcessEnvironment::systemEnvironment());
+    connect(m_process, QOverload<int, QProcess::ExitStatus>::of(&QProcess::finished), this,
+        &EthernetConfigurator::processFinished);
+    connect(m_process, &QProcess::errorOccurred, this, &EthernetConfigurator::processError);
+    connect(m_process, &QProcess::readyReadStandardError, this,
+        &EthernetConfigurator::processReadyRead);
+    connect(m_process, &QProcess::readyReadStandardOutput, this,
+        &EthernetConfigurator::processReadyRead);
+}
+
+EthernetConfigurator::~EthernetConfigurator() = default;
+
+QHash<QString, bool> EthernetConfigurator::availableEthernetInterfaces() const
+{
+    QHash<QString, bool> interfaces;
+    const QVector<Interface> all = ethernetInterfaces();
+    for (const Interface &interface : all)
+        interfaces[interface.first] = interface.second;
+    return interfaces;
+}
+
+QHash<QString, InterfaceSettings> EthernetConfigurator::availableEthernetSettings() const
+{
+    const QVector<Interface> candidates = ethernetInterfaces();
+    QHash<QString, InterfaceSettings> result;
+    QFile file(m_interfacesFile);
+    if (!file.open(QIODevice::ReadOnly))
+        return result;
+    QTextStream stream(&file);
+    stream.setCodec(utf8());
+
+    QString current;
+    InterfaceSettings settings;
+    const auto forget = [&] {
+        current.clear();
+        settings = InterfaceSettings();
+    };
+    while (!stream.atEnd()) {
+        const QString line = stream.readLine();
+        if (!line.contains(QLatin1String("iface")) || !line.contains(QLatin1String("inet"))) {
+            if (!current.isEmpty())
+                readOption(line, settings);
+            continue;
+        }
+        if (!current.isEmpty())
+            result[current] = settings;
+        forget();
+        const auto candidate = std::find_if(candidates.cbegin(), candidates.cend(),
+            [&line](const Interface &interface) { return line.contains(interface.first); });
+        if (candidate == candidates.cend())
+            continue;
+        if (line.contains(QLatin1String("dhcp"))) {
+            // Under this very word: looked up by its name, the interface gets the defaults.
+            result[QStringLiteral("iface")] = settings;
+        } else if (line.contains(QLatin1String("static"))) {
+            current = candidate->first;
+            settings.setUseDhcp(false);
+        }
+    }
+    if (!current.isEmpty())
+        result[current] = settings;
+    return result;
+}
+
+void EthernetConfigurator::applySettings(const QHash<QString, InterfaceSettings> &settings)
+{
+    const QString path = QStringLiteral("%1/interfaces.tmp").arg(QDir::tempPath());
+    if (!write(path, settings))
+        return;
+    m_commands.clear();
+    const QHash<QString, bool> interfaces = availableEthernetInterfaces();
+    for (auto it = interfaces.cbegin(); it != interfaces.cend(); ++it) {
+        if (isPlainName(it.key()))
+            m_commands += QStringLiteral("sudo ifconfig %1 down").arg(it.key());
+        else
+            qWarning() << "Not taken down, for its name:" << it.key();
+    }
+    m_commands += QStringLiteral("sudo cp %1 %2").arg(argument(path), argument(m_interfacesFile));
+    m_commands += QStringLiteral("sudo service networking restart");
+    startProcessing();
+}
+
+bool EthernetConfigurator::isOnline() const
+{
+    return m_manager && m_manager->isOnline();
+}
+
+void EthernetConfigurator::processFinished(int exitCode, QProcess::ExitStatus exitStatus)
+{
+    Q_UNUSED(exitCode)
+    Q_UNUSED(exitStatus)
+    startProcessing();
+}
+
+void EthernetConfigurator::processError(QProcess::ProcessError error)
+{
+    qWarning() << error << (m_process ? m_process->errorString() : QString());
+}
+
+void EthernetConfigurator::processReadyRead()
+{
+    if (!m_process || !m_errorDecoder)
+        return;
+    const QString errors = m_errorDecoder->toUnicode(m_process->readAllStandardError());
+    const QString output = m_outputDecoder->toUnicode(m_process->readAllStandardOutput());
+    if (!errors.isEmpty())
+        emit logMessage(errors);
+    if (!output.isEmpty())
+        emit logMessage(output);
+}
+
+void EthernetConfigurator::startProcessing()
+{
+    if (m_commands.isEmpty())
+        return;
+    const QPointer<EthernetConfigurator> self(this);
+    QCoreApplication::processEvents(); // what is due appears before the pause
+    if (!self)
+        return;
+    QThread::msleep(static_cast<unsigned long>(pauseBeforeCommand().count()));
+    // Events may have started the last command meanwhile.
+    if (m_commands.isEmpty() || !m_process)
+        return;
+    QStringList arguments = QProcess::splitCommand(m_commands.takeFirst());
+    const QString program = arguments.takeFirst();
+    if (m_process->state() == QProcess::NotRunning) {
+        m_errorDecoder.reset(utf8()->makeDecoder());
+        m_outputDecoder.reset(utf8()->makeDecoder());
+    }
+    m_process->start(program, arguments); // refused while a command runs: this one is lost then
+}
+
+QVector<EthernetConfigurator::Interface> EthernetConfigurator::ethernetInterfaces() const
+{
+    return m_manager ? ethernetInterfacesOf(*m_manager) : QVector<Interface>();
+}
+
+std::chrono::milliseconds EthernetConfigurator::pauseBeforeCommand() const
+{
+    return std::chrono::milliseconds(1000);
+}
+
+bool EthernetConfigurator::write(
+    const QString &path, const QHash<QString, InterfaceSettings> &settings) const
+{
+    QFile file(path);
+    if (!file.open(QIODevice::WriteOnly))
+        return false;
+    QStringList lines = {
+        QStringLiteral("# This file describes the network interfaces available on your system"),
+        QStringLiteral("# and how to activate them. For more information, see interfaces(5)."),
+        QString(),
+        QStringLiteral("# The loopback network interface"),
+        QStringLiteral("auto lo"),
+        QStringLiteral("iface lo inet loopback"),
+        QString(),
+        QStringLiteral("#Network interfaces"),
+        QString(),
+    };
+    for (auto it = settings.cbegin(); it != settings.cend(); ++it) {
+        const QString &name = it.key();
+        const InterfaceSettings &values = it.value();
+        if (!isPlainName(name)) {
+            if (!name.isEmpty())
+                qWarning() << "Not written, for its name:" << name;
+            continue;
+        }
+        lines += QStringLiteral("auto %1").arg(name);
+        lines += QStringLiteral("allow-hotplug %1").arg(name);
+        lines
+            += QStringLiteral("iface %1 inet %2")
+                   .arg(name, values.useDhcp() ? QStringLiteral("dhcp") : QStringLiteral("static"));
+        if (!values.useDhcp()) {
+            lines += QStringLiteral("\taddress %1").arg(oneLine(values.address()));
+            lines += QStringLiteral("\tnetmask %1").arg(oneLine(values.netMask()));
+            lines += QStringLiteral("\tgateway %1").arg(oneLine(values.gateway()));
+            if (!values.dnsServers().isEmpty())
+                lines += QStringLiteral("\tdns-nameservers %1").arg(oneLine(values.dnsServers()));
+        }
+        lines += QString();
+    }
+    const QByteArray text = lines.join(QLatin1Char('\n')).toUtf8();
+    // A file cut short, as by a full disk, must not replace the good one.
+    if (file.write(text) == text.size() && file.flush())
+        return true;
+    qWarning() << file.fileName() << file.errorString();
+    return false;
+}

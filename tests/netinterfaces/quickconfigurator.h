@@ -1,0 +1,41 @@
+#pragma once
+
+#include "ethernetconfigurator.h"
+
+/// A configurator whose interfaces the test names, which reads the file it is given and does not
+/// wait before each command.
+class QuickConfigurator : public EthernetConfigurator
+{
+public:
+    explicit QuickConfigurator(const QStringList &active = {}, const QString &file = QString(),
+        const QStringList &inactive = {})
+        : EthernetConfigurator(nullptr, file)
+    {
+        for (const QString &name : active)
+            interfaces.append({name, true});
+        for (const QString &name : inactive)
+            interfaces.append({name, false});
+    }
+
+    QVector<QPair<QString, bool>> interfaces;
+    std::chrono::milliseconds pause{0};
+
+protected:
+    QVector<QPair<QString, bool>> ethernetInterfaces() const override { return interfaces; }
+    std::chrono::milliseconds pauseBeforeCommand() const override { return pause; }
+};
+
+using SettingsMap = QHash<QString, InterfaceSettings>;
+Q_DECLARE_METATYPE(SettingsMap)
+
+inline InterfaceSettings staticSettings(const QString &address = {}, const QString &netMask = {},
+    const QString &gateway = {}, const QString &dnsServers = {})
+{
+    InterfaceSettings settings;
+    settings.setUseDhcp(false);
+    settings.setAddress(address);
+    settings.setNetMask(netMask);
+    settings.setGateway(gateway);
+    settings.setDnsServers(dnsServers);
+    return settings;
+}

@@ -1,0 +1,544 @@
+#include "ethernetsettingsbox.h"
+#include "ethernetwidget.h"
+#include "fakesudo.h"
+#include "quickconfigurator.h"
+
+#include <QApplication>
+#include <QComboBox>
+#include <QHeaderView>
+#include <QLabel>
+#include <QLineEdit>
+#include <QMessageBox>
+#include <QPushButton>
+#include <QSignalSpy>
+#include <QSplitter>
+#include <QTableView>
+#include <QTextBrowser>
+#include <QTranslator>
+#include <QtTest>
+
+#include <functional>
+
+namespace {
+
+QString s(const char *text)
+{
+    return QString::fromUtf8(text);
+}
+
+// Answers whatever is asked with a mark in front.
+class MarkingTranslator : public QTranslator
+{
+public:
+    bool isEmpty() const override { return false; }
+    QString translate(const char *, const char *text, const char *, int) const override
+    {
+        return s("~") + s(text);
+    }
+};
+
+// Finds the question as soon as it is open.
+void whenAsked(const std::function<void(QMessageBox *)> &answer)
+{
+    auto *const timer = new QTimer(qApp);
+    QObject::connect(timer, &QTimer::timeout, timer, [timer, answer] {
+        if (auto *const box = qobject_cast<QMessageBox *>(QApplication::activeModalWidget())) {
+            timer->deleteLater();
+            timer->stop();
+            answer(box);
+        }
+    });
+    timer->start(1);
+}
+
+void sayYes(QMessageBox *box)
+{
+    QTest::mouseClick(box->button(QMessageBox::Yes), Qt::LeftButton);
+}
+
+} // namespace
+
+class TestEthernetWidget : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void init()
+    {
+        QFile file(path());
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        file.write("iface eth0 inet static\n\taddress 10.0.0.1\n\tnetmask 255.0.0.0\n"
+                   "\tgateway 10.0.0.2\n\tdns-nameservers 8.8.8.8 8.8.4.4\niface eth1 inet dhcp\n");
+    }
+
+    void theFormIsAsGiven()
+    {
+        const EthernetWidget page(new QuickConfigurator({s("eth0")}, path()), nullptr);
+        QCOMPARE(page.windowTitle(), s("Form"));
+        QCOMPARE(button(page, "pbReload")->text(), s("Reload\ninterfaces"));
+        QCOMPARE(button(page, "pbApply")->text(), s("Apply"));
+        QCOMPARE(page.findChild<QLabel *>(s("label"))->text(), s("Select interface"));
+        QCOMPARE(page.findChild<QSplitter *>(s("splitter"))->orientation(), Qt::Horizontal);
+        QCOMPARE(page.findChild<QSplitter *>(s("splitter"))->widget(1), box(page));
+        const QTableView *const view = table(page);
+        QCOMPARE(view->selectionMode(), QAbstractItemView::SingleSelection);
+        QCOMPARE(view->selectionBehavior(), QAbstractItemView::SelectRows);
+        QCOMPARE(view->iconSize(), QSize(48, 48));
+        QVERIFY(view->horizontalHeader()->stretchLastSection());
+        QCOMPARE(view->verticalHeader()->sectionResizeMode(0), QHeaderView::Fixed);
+        QCOMPARE(view->rowHeight(0), 60);
+
+        QCOMPARE(page.findChild<QGroupBox *>(s("gbStaticSettings"))->title(), s("Static settings"));
+        const QComboBox *const usage = combo(*box(page));
+        QCOMPARE(usage->count(), 2);
+        QCOMPARE(usage->itemText(0), s("DHCP"));
+        QCOMPARE(usage->itemText(1), s("STATIC"));
+        for (const char *name : {"leIP", "leNetmask", "leGateway"})
+            QCOMPARE(edit(*box(page), name)->inputMask(), s("900.900.900.900"));
+        QCOMPARE(edit(*box(page), "leDNS")->inputMask(), QString());
+        QCOMPARE(
+            edit(*box(page), "leDNS")->placeholderText(), s("space separated DNS IP addresses"));
+        QStringList labels;
+        const auto all
+            = page.findChild<QGroupBox *>(s("gbStaticSettings"))->findChildren<QLabel *>();
+        for (const QLabel *label : all)
+            labels += label->text();
+        QCOMPARE(labels, (QStringList{s("Address"), s("Netmask"), s("Gateway"), s("DNS")}));
+    }
+
+    void anEmptyBoxOffersDhcp()
+    {
+        const EthernetSettingsBox settingsBox;
+        QCOMPARE(settingsBox.title(), s("GroupBox"));
+        QCOMPARE(settingsBox.interface(), QString());
+        QCOMPARE(settingsBox.settings(), InterfaceSettings());
+        QCOMPARE(edit(settingsBox, "leIP")->text(), s("..."));
+        QVERIFY(!settingsBox.findChild<QGroupBox *>(s("gbStaticSettings"))->isEnabled());
+    }
+
+    void theBoxGivesBackWhatItShows()
+    {
+        EthernetSettingsBox settingsBox;
+        settingsBox.setInterface(s("eth5"));
+        QCOMPARE(settingsBox.title(), s("Customizing interface eth5"));
+        QCOMPARE(settingsBox.interface(), s("eth5"));
+        const InterfaceSettings given
+            = staticSettings(s("300.1.1.1"), s("255.0.0.0"), s("10.0.0.2"), s("1.1.1.1 x"));
+        settingsBox.setSettings(given);
+        QCOMPARE(settingsBox.settings(), given);
+        settingsBox.setSettings(staticSettings());
+        QCOMPARE(settingsBox.settings(), staticSettings(s("..."), s("..."), s("...")));
+        InterfaceSettings dhcp = given;
+        dhcp.setUseDhcp(true);
+        settingsBox.setSettings(dhcp);
+        QCOMPARE(edit(settingsBox, "leIP")->text(), s("300.1.1.1"));
+        QCOMPARE(settingsBox.settings(), InterfaceSettings());
+    }
+
+    void choosingTellsAtOnce()
+    {
+        EthernetSettingsBox settingsBox;
+        settingsBox.setInterface(s("eth5"));
+        edit(settingsBox, "leDNS")->setText(s("8.8.8.8"));
+        QSignalSpy changes(&settingsBox, &EthernetSettingsBox::settingsChaged);
+        const auto *const group = settingsBox.findChild<QGroupBox *>(s("gbStaticSettings"));
+
+        combo(settingsBox)->setCurrentIndex(1);
+        QVERIFY(group->isEnabled());
+        QCOMPARE(changes.count(), 1);
+        QCOMPARE(changes.last().at(0).toString(), s("eth5"));
+        QCOMPARE(changes.last().at(1).value<InterfaceSettings>(),
+            staticSettings(s("..."), s("..."), s("..."), s("8.8.8.8")));
+
+        combo(settingsBox)->setCurrentIndex(0);
+        QVERIFY(!group->isEnabled());
+        QCOMPARE(changes.count(), 2);
+        QCOMPARE(changes.last().at(1).value<InterfaceSettings>(), InterfaceSettings());
+    }
+
+    void typing_data()
+    {
+        QTest::addColumn<QByteArray>("name");
+        QTest::addColumn<QString>("keys");
+        QTest::addColumn<QString>("expected");
+        for (const char *name : {"leIP", "leNetmask", "leGateway"}) {
+            const auto row = [name](const char *situation, const char *keys, const char *expected) {
+                QTest::addRow("%s, %s", name, situation)
+                    << QByteArray(name) << s(keys) << s(expected);
+            };
+            row("whole groups", "192.168.100.200", "192.168.100.200");
+            row("short groups", "10.0.0.1", "10.0.0.1");
+            row("more than an octet holds", "300.1.1.1", "300.1.1.1");
+            row("letters are refused", "a1b0.x0.0.1z", "10.0.0.1");
+            row("unfinished", "10.0", "10.0..");
+            row("a fourth digit goes on in the next group", "1921", "192.1..");
+        }
+        QTest::newRow("servers") << QByteArray("leDNS") << s("8.8.8.8 any") << s("8.8.8.8 any");
+    }
+
+    void typing()
+    {
+        QFETCH(QByteArray, name);
+        QFETCH(QString, keys);
+        QFETCH(QString, expected);
+        EthernetSettingsBox settingsBox;
+        settingsBox.setSettings(staticSettings());
+        QLineEdit *const field = edit(settingsBox, name.constData());
+        QSignalSpy changes(&settingsBox, &EthernetSettingsBox::settingsChaged);
+        field->home(false);
+        QTest::keyClicks(field, keys);
+        QCOMPARE(field->text(), expected);
+        QVERIFY(changes.count() > 0);
+        const auto told = changes.last().at(1).value<InterfaceSettings>();
+        QCOMPARE(told, settingsBox.settings());
+        QVERIFY((QStringList{told.address(), told.netMask(), told.gateway(), told.dnsServers()})
+                    .contains(expected));
+    }
+
+    void theFirstUsedInterfaceIsShown()
+    {
+        const EthernetWidget page(
+            new QuickConfigurator({s("eth0")}, path(), {s("eth1"), s("eth2")}), nullptr);
+        QVERIFY(box(page)->isEnabledTo(&page));
+        QCOMPARE(box(page)->interface(), s("eth0"));
+        QCOMPARE(box(page)->settings(), eth0());
+    }
+
+    void withoutAUsedInterfaceNothingCanBeEdited_data()
+    {
+        QTest::addColumn<QStringList>("inactive");
+        QTest::newRow("none at all") << QStringList();
+        QTest::newRow("two inactive") << QStringList{s("eth0"), s("eth1")};
+    }
+
+    void withoutAUsedInterfaceNothingCanBeEdited()
+    {
+        QFETCH(QStringList, inactive);
+        const EthernetWidget page(new QuickConfigurator({}, path(), inactive), nullptr);
+        QCOMPARE(table(page)->model()->rowCount(), inactive.size());
+        QVERIFY(!box(page)->isEnabledTo(&page));
+        QCOMPARE(box(page)->title(), s("GroupBox"));
+    }
+
+    void aTapOnTheIconSwitchesAndOnTheNameDoesNot()
+    {
+        EthernetWidget page(new QuickConfigurator({s("eth0")}, path()), nullptr);
+        show(page);
+        const QSignalSpy resets(table(page)->model(), &QAbstractItemModel::modelReset);
+
+        tap(page, 0, 1);
+        QCOMPARE(resets.count(), 0);
+        QVERIFY(box(page)->isEnabled());
+        QVERIFY(table(page)->selectionModel()->isRowSelected(0, QModelIndex()));
+
+        tap(page, 0, 0);
+        QCOMPARE(resets.count(), 1);
+        QVERIFY(!box(page)->isEnabled());
+        QVERIFY2(!table(page)->selectionModel()->hasSelection(), "a switch clears it");
+        QCOMPARE(table(page)->rowHeight(0), 60);
+
+        tap(page, 0, 1);
+        QVERIFY2(!box(page)->isEnabled(), "an unused interface cannot be edited");
+        QCOMPARE(resets.count(), 1);
+
+        tap(page, 0, 0);
+        QCOMPARE(resets.count(), 2);
+        QVERIFY(box(page)->isEnabled());
+        QCOMPARE(box(page)->interface(), s("eth0"));
+        QCOMPARE(box(page)->settings(), eth0());
+    }
+
+    void aTapBesideTheRowsDisables()
+    {
+        EthernetWidget page(new QuickConfigurator({s("eth0")}, path()), nullptr);
+        page.onInterfacePressed(QModelIndex());
+        QVERIFY(!box(page)->isEnabledTo(&page));
+        QCOMPARE(box(page)->interface(), QString());
+        QCOMPARE(box(page)->title(), s("Customizing interface "));
+    }
+
+    void goingBetweenInterfacesMixesNothingUp()
+    {
+        EthernetWidget page(
+            new QuickConfigurator({s("eth0"), s("eth1"), s("eth2")}, path()), nullptr);
+        show(page);
+        for (int round = 0; round < 2; ++round) {
+            for (int row = 0; row < 3; ++row) {
+                tap(page, row, 1);
+                const QString name = table(page)->model()->index(row, 1).data().toString();
+                QCOMPARE(box(page)->interface(), name);
+                QCOMPARE(box(page)->settings(), name == s("eth0") ? eth0() : InterfaceSettings());
+            }
+        }
+    }
+
+    void anEditIsKeptUntilTheReload()
+    {
+        EthernetWidget page(new QuickConfigurator({s("eth0")}, path()), nullptr);
+        show(page);
+        edit(*box(page), "leIP")->home(false);
+        QTest::keyClicks(edit(*box(page), "leIP"), s("99"));
+        tap(page, 0, 1);
+        QVERIFY(edit(*box(page), "leIP")->text().startsWith(s("99")));
+        QTest::mouseClick(button(page, "pbReload"), Qt::LeftButton);
+        QCOMPARE(box(page)->settings(), eth0());
+        QCOMPARE(table(page)->rowHeight(0), 60);
+    }
+
+    void theQuestionHasOneButton()
+    {
+        const FakeSudo sudo;
+        EthernetWidget page(new QuickConfigurator({s("eth0")}, path()), nullptr);
+        show(page);
+        bool isAsked = false;
+        whenAsked([&isAsked](QMessageBox *box) {
+            isAsked = true;
+            QCOMPARE(box->windowTitle(), s("Network settings applying"));
+            QCOMPARE(box->text(), s("The network settings will reconfigures. continue?"));
+            QCOMPARE(box->icon(), QMessageBox::Question);
+            QCOMPARE(box->standardButtons(), QMessageBox::Yes);
+            QCOMPARE(box->findChildren<QPushButton *>().size(), 1);
+            QTest::keyClick(box->button(QMessageBox::Yes), Qt::Key_Return);
+            QVERIFY2(box->isVisible(), "Return alone does not agree");
+            QTest::keyClick(box, Qt::Key_Escape);
+        });
+        QTest::mouseClick(button(page, "pbApply"), Qt::LeftButton);
+        QVERIFY(isAsked);
+        QVERIFY(sudo.calls().isEmpty());
+    }
+
+    void declining_data()
+    {
+        QTest::addColumn<int>("way");
+        QTest::newRow("Escape") << 0;
+        QTest::newRow("closed") << 1;
+        QTest::newRow("rejected") << 2;
+    }
+
+    void declining()
+    {
+        QFETCH(int, way);
+        const FakeSudo sudo;
+        EthernetWidget page(new QuickConfigurator({s("eth0")}, path()), nullptr);
+        show(page);
+        log(page)->setPlainText(s("of the time before"));
+        whenAsked([way](QMessageBox *box) {
+            if (way == 0)
+                QTest::keyClick(box, Qt::Key_Escape);
+            else if (way == 1)
+                box->close();
+            else
+                box->reject();
+        });
+        QTest::mouseClick(button(page, "pbApply"), Qt::LeftButton);
+        QCOMPARE(log(page)->toPlainText(), QString());
+        QVERIFY(button(page, "pbApply")->isEnabled());
+        QVERIFY(button(page, "pbReload")->isEnabled());
+        QVERIFY(sudo.calls().isEmpty());
+    }
+
+    void aPageDeletedWhileItAsksIsGone()
+    {
+        const FakeSudo sudo;
+        auto *const page = new EthernetWidget(new QuickConfigurator({s("eth0")}, path()), nullptr);
+        const QPointer<EthernetWidget> guard(page);
+        whenAsked([page](QMessageBox *) { delete page; });
+        page->apply();
+        QVERIFY(!guard);
+        QVERIFY(sudo.calls().isEmpty());
+    }
+
+    // The whole way by hand: an address that cannot be is written as it was typed, the commands'
+    // output is shown and the buttons come back five seconds after the last of it.
+    void applies()
+    {
+        const FakeSudo sudo("case \"$1\" in\n"
+                            "cp) cp \"$2\" \"${0%/*}/installed\";;\n"
+                            "service) echo '<b>300.1.1.1</b> is no address' >&2; exit 1;;\nesac");
+        auto *const configurator = new QuickConfigurator({s("eth0")}, path());
+        configurator->pause = std::chrono::milliseconds(400);
+        EthernetWidget page(configurator, nullptr);
+        show(page);
+        edit(*box(page), "leIP")->selectAll();
+        QTest::keyClicks(edit(*box(page), "leIP"), s("300.1.1.1"));
+        whenAsked(sayYes);
+        QTest::mouseClick(button(page, "pbApply"), Qt::LeftButton);
+        QVERIFY(!button(page, "pbApply")->isEnabled());
+        QVERIFY(!button(page, "pbReload")->isEnabled());
+        QVERIFY2(table(page)->isEnabled() && box(page)->isEnabled(), "stay usable meanwhile");
+
+        QTRY_COMPARE(log(page)->toPlainText(), s("<b>300.1.1.1</b> is no address\n"));
+        QElapsedTimer sinceOutput;
+        sinceOutput.start();
+        QCOMPARE(sudo.calls().size(), 3);
+        QFile installed(sudo.filePath(s("installed")));
+        QVERIFY(installed.open(QIODevice::ReadOnly));
+        QVERIFY(installed.readAll().endsWith(
+            "iface eth0 inet static\n\taddress 300.1.1.1\n\tnetmask 255.0.0.0\n"
+            "\tgateway 10.0.0.2\n\tdns-nameservers 8.8.8.8 8.8.4.4\n"));
+
+        QTRY_VERIFY_WITH_TIMEOUT(button(page, "pbApply")->isEnabled(), 7000);
+        QVERIFY2(sinceOutput.elapsed() > 4700, "counted from the output, not from Yes");
+        QVERIFY(button(page, "pbReload")->isEnabled());
+
+        button(page, "pbApply")->setEnabled(false);
+        QTRY_VERIFY_WITH_TIMEOUT(button(page, "pbApply")->isEnabled(), 7000); // again and again
+    }
+
+    void buttonsAreOutAsSoonAsYesIsSaid()
+    {
+        class WatchedConfigurator : public QuickConfigurator
+        {
+        public:
+            using QuickConfigurator::QuickConfigurator;
+            std::function<void()> beforeCommand;
+
+        protected:
+            std::chrono::milliseconds pauseBeforeCommand() const override
+            {
+                beforeCommand();
+                return std::chrono::milliseconds(0);
+            }
+        };
+        const FakeSudo sudo;
+        auto *const configurator = new WatchedConfigurator({}, path());
+        EthernetWidget page(configurator, nullptr);
+        show(page);
+        QVector<bool> enabled;
+        configurator->beforeCommand = [&] {
+            enabled << button(page, "pbApply")->isEnabled()
+                    << button(page, "pbReload")->isEnabled();
+        };
+        whenAsked(sayYes);
+        QTest::mouseClick(button(page, "pbApply"), Qt::LeftButton);
+        QCOMPARE(enabled, (QVector<bool>{false, false}));
+        waitForEnd(page, sudo);
+    }
+
+    void theLogIsPlainText()
+    {
+        EthernetWidget page(new QuickConfigurator({}, path()), nullptr);
+        page.showLog(s("<i>one"));
+        page.showLog(s(" two\nthree"));
+        QCOMPARE(log(page)->toPlainText(), s("<i>one two\nthree"));
+    }
+
+    void anotherLanguage()
+    {
+        EthernetWidget page(new QuickConfigurator({s("eth0")}, path()), nullptr);
+        MarkingTranslator translator;
+        QCoreApplication::installTranslator(&translator);
+        QTRY_COMPARE(page.windowTitle(), s("~Form"));
+        QCOMPARE(button(page, "pbReload")->text(), s("~Reload\ninterfaces"));
+        QCOMPARE(button(page, "pbApply")->text(), s("~Apply"));
+        QCOMPARE(page.findChild<QLabel *>(s("label"))->text(), s("~Select interface"));
+        QCOMPARE(box(page)->title(), s("~GroupBox"));
+        QCOMPARE(combo(*box(page))->count(), 2);
+        QCOMPARE(combo(*box(page))->itemText(1), s("~STATIC"));
+        QCOMPARE(combo(*box(page))->currentIndex(), 0); // filled anew
+        QCOMPARE(
+            edit(*box(page), "leDNS")->placeholderText(), s("~space separated DNS IP addresses"));
+        QCoreApplication::removeTranslator(&translator);
+        QTRY_COMPARE(page.windowTitle(), s("Form"));
+        QCOMPARE(edit(*box(page), "leIP")->text(), s("..."));
+        QCOMPARE(combo(*box(page))->itemText(0), s("DHCP"));
+        QCOMPARE(combo(*box(page))->count(), 2);
+    }
+
+    void fitsTheScreenAndAFinger_data()
+    {
+        QTest::addColumn<int>("interfaces");
+        QTest::newRow("no interface") << 0;
+        QTest::newRow("one interface") << 1;
+        QTest::newRow("eight interfaces") << 8;
+    }
+
+    void fitsTheScreenAndAFinger()
+    {
+        QFETCH(int, interfaces);
+        QStringList names;
+        for (int i = 0; i < interfaces; ++i)
+            names += s("enp%1s0f1").arg(i);
+        EthernetWidget page(new QuickConfigurator(names, path()), nullptr);
+        // The dialog's own buttons stand below the page.
+        QVERIFY2(page.minimumSizeHint().height() <= 520,
+            qPrintable(QString::number(page.minimumSizeHint().height())));
+        QVERIFY(page.minimumSizeHint().width() <= 790);
+        show(page);
+        QList<QWidget *> touched = {button(page, "pbReload"), button(page, "pbApply"),
+            combo(*box(page)), edit(*box(page), "leIP"), edit(*box(page), "leNetmask"),
+            edit(*box(page), "leGateway"), edit(*box(page), "leDNS")};
+        for (const QWidget *widget : qAsConst(touched)) {
+            QVERIFY2(
+                widget->height() >= 48 && widget->width() >= 48, qPrintable(widget->objectName()));
+            QVERIFY2(page.rect().contains(QRect(widget->mapTo(&page, QPoint()), widget->size())),
+                qPrintable(widget->objectName()));
+            QVERIFY2(widget->height() >= widget->minimumSizeHint().height(),
+                qPrintable(widget->objectName()));
+        }
+        const QLineEdit *const servers = edit(*box(page), "leDNS");
+        QVERIFY(servers->fontMetrics().horizontalAdvance(servers->placeholderText())
+            < servers->width() - 12);
+        QVERIFY(log(page)->height() >= 90);
+    }
+
+private:
+    QString path() const { return m_box.filePath(s("interfaces")); }
+
+    static InterfaceSettings eth0()
+    {
+        return staticSettings(s("10.0.0.1"), s("255.0.0.0"), s("10.0.0.2"), s("8.8.8.8 8.8.4.4"));
+    }
+
+    static QPushButton *button(const QWidget &page, const char *name)
+    {
+        return page.findChild<QPushButton *>(s(name));
+    }
+    static QTableView *table(const QWidget &page)
+    {
+        return page.findChild<QTableView *>(s("tvInterfaces"));
+    }
+    static QTextBrowser *log(const QWidget &page)
+    {
+        return page.findChild<QTextBrowser *>(s("tbLog"));
+    }
+    static EthernetSettingsBox *box(const QWidget &page)
+    {
+        return page.findChild<EthernetSettingsBox *>(s("gbSettings"));
+    }
+    static QComboBox *combo(const QWidget &settingsBox)
+    {
+        return settingsBox.findChild<QComboBox *>(s("cbUseDHCP"));
+    }
+    static QLineEdit *edit(const QWidget &settingsBox, const char *name)
+    {
+        return settingsBox.findChild<QLineEdit *>(s(name));
+    }
+
+    static void show(QWidget &page)
+    {
+        page.resize(800, 600);
+        page.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&page));
+    }
+
+    static void tap(const QWidget &page, int row, int column)
+    {
+        const QTableView *const view = table(page);
+        QTest::mouseClick(view->viewport(), Qt::LeftButton, Qt::NoModifier,
+            view->visualRect(view->model()->index(row, column)).center());
+    }
+
+    static void waitForEnd(const QWidget &page, const FakeSudo &sudo)
+    {
+        const auto *const process = page.findChild<QProcess *>();
+        QTRY_VERIFY(!sudo.calls().isEmpty()
+            && sudo.calls().last() == s("[service][networking][restart]")
+            && process->state() == QProcess::NotRunning);
+    }
+
+    QTemporaryDir m_box;
+};
+
+QTEST_MAIN(TestEthernetWidget)
+#include "tst_ethernetwidget.moc"
