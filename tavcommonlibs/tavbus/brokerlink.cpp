@@ -34,7 +34,7 @@ bool BrokerLink::open()
     if (isOpen())
         return true;
     close();
-    if (m_isMute)
+    if (isMute())
         return false;
     const QDeadlineTimer deadline = newDeadline();
     if (!m_connection.open(InitConfig().busAddress(), deadline)) {
@@ -43,7 +43,7 @@ bool BrokerLink::open()
     }
     m_broker = std::make_unique<TavBus1Proxy>(BROKER_SERVICE, BROKER_PATH, m_connection.bus());
     emit opened();
-    if (wait(registerAgent(deadline), deadline))
+    if (introduce(deadline))
         return true;
     close();
     return false;
@@ -68,18 +68,29 @@ QDBusPendingCall BrokerLink::registerAgent(const QDeadlineTimer &deadline)
 
 QDBusPendingCall BrokerLink::ask(const Call &call, const QDeadlineTimer &deadline)
 {
-    if (m_isMute)
+    if (isMute())
         return QDBusPendingCall::fromError(
             QDBusError(QDBusError::Timeout, QStringLiteral("the broker did not answer just now")));
     limitCallsTo(deadline);
     QDBusPendingCall reply = call();
-    if (!wait(reply, deadline) && reply.error().name() == ERROR_NOT_REGISTERED
-        && wait(registerAgent(deadline), deadline)) {
+    if (!wait(reply, deadline) && isAnotherBroker(reply.error()) && introduce(deadline)) {
         limitCallsTo(deadline);
         reply = call();
         wait(reply, deadline);
     }
     return reply;
+}
+
+bool BrokerLink::introduce(const QDeadlineTimer &deadline)
+{
+    const QDBusPendingCall reply = registerAgent(deadline);
+    return wait(reply, deadline)
+        || (isAnotherBroker(reply.error()) && wait(registerAgent(deadline), deadline));
+}
+
+bool BrokerLink::isAnotherBroker(const QDBusError &error) const
+{
+    return error.name() == ERROR_NOT_REGISTERED || (isUnanswered(error) && !isMute());
 }
 
 bool BrokerLink::wait(QDBusPendingCall call, const QDeadlineTimer &deadline)
@@ -94,10 +105,15 @@ void BrokerLink::noteSilence(const QDeadlineTimer &deadline)
 {
     // One that died in mid-call, or a refused connection, is over sooner: the next call may well
     // succeed. Qt's timers may end a little before their time.
-    if (m_isMute || deadline.remainingTimeAsDuration() > m_limit / 10)
+    if (isMute() || deadline.remainingTimeAsDuration() > m_limit / 10)
         return;
-    m_isMute = true;
-    QTimer::singleShot(0, this, [this] { m_isMute = false; });
+    m_mute.setRemainingTime(m_limit);
+    QTimer::singleShot(0, this, [this] { m_mute.setRemainingTime(0); });
+}
+
+bool BrokerLink::isMute() const
+{
+    return !m_mute.hasExpired();
 }
 
 void BrokerLink::limitCallsTo(const QDeadlineTimer &deadline)

@@ -18,7 +18,8 @@ namespace tavbus {
  * the bus share. Belongs to one thread.
  *
  * A call that got no answer within timeLimit() makes the link mute: open() and ask() fail at once
- * until the event loop has turned. So one slot blocks for one limit, however many calls it makes.
+ * until the event loop has turned, in a thread without one for as long again. So one slot blocks
+ * for one limit, however many calls it makes.
  */
 class BrokerLink : public QObject
 {
@@ -45,7 +46,8 @@ public:
     QDBusPendingCall registerAgent(const QDeadlineTimer &deadline);
 
     /// Makes \a call (one of broker()'s) and waits for its end; once more after registering again,
-    /// when the broker was a new one that did not know this connection.
+    /// when the broker was a new one that did not know this connection, or died before it answered
+    /// (what it did of the call is then done twice).
     using Call = std::function<QDBusPendingCall()>;
     QDBusPendingCall ask(const Call &call, const QDeadlineTimer &deadline);
     QDBusPendingCall ask(const Call &call) { return ask(call, newDeadline()); }
@@ -61,6 +63,9 @@ signals:
     void connectionLost();
 
 private:
+    bool introduce(const QDeadlineTimer &deadline);
+    bool isAnotherBroker(const QDBusError &error) const;
+    bool isMute() const;
     bool wait(QDBusPendingCall call, const QDeadlineTimer &deadline);
     void noteSilence(const QDeadlineTimer &deadline);
     void limitCallsTo(const QDeadlineTimer &deadline);
@@ -68,7 +73,7 @@ private:
     const QString m_agent;
     const Role m_role;
     std::chrono::milliseconds m_limit{5000};
-    bool m_isMute = false;
+    QDeadlineTimer m_mute{0};
     BusConnection m_connection;
     std::unique_ptr<TavBus1Proxy> m_broker; // null when closed; goes before its connection
 };

@@ -80,7 +80,8 @@ private slots:
     void callsToAFrozenBrokerEndAtTheLimit();
     void callsOfOneTurnShareOneLimit();
     void opensOfOneTurnShareOneLimit();
-    void brokerThatDiesInACallIsStartedByTheNext();
+    void brokerThatDiesInACallIsStartedAndAskedAgain();
+    void threadWithoutALoopIsHeardAgain();
     void limitIsFiveSeconds();
     void openAtAFrozenBusEndsAtTheLimit();
     void openAtAFrozenBusWithAFullQueueEndsAtTheLimit();
@@ -203,7 +204,7 @@ void FrozenBusTest::opensOfOneTurnShareOneLimit()
     m_bus->thaw();
 }
 
-void FrozenBusTest::brokerThatDiesInACallIsStartedByTheNext()
+void FrozenBusTest::brokerThatDiesInACallIsStartedAndAskedAgain()
 {
     QVERIFY(m_handler->open());
     const auto broker = pid_t(m_bus->brokerPid());
@@ -213,11 +214,27 @@ void FrozenBusTest::brokerThatDiesInACallIsStartedByTheNext()
         {QStringLiteral("-c"), QStringLiteral("sleep 0.2; kill -9 %1").arg(broker)});
     QVERIFY(killer.waitForStarted());
     m_clock.start();
-    QVERIFY(!m_handler->saveSettings(records::settings(BUSNAME_TAVMODEMS, {2})));
+    QVERIFY(m_handler->saveSettings(records::settings(BUSNAME_TAVMODEMS, {2})));
     QVERIFY(m_clock.elapsed() < 4'000);
-    // In the same turn.
-    QVERIFY(m_handler->saveSettings(records::settings(BUSNAME_TAVMODEMS, {3})));
+    QVERIFY(m_bus->brokerPid() != broker);
+    ClientSettings settings;
+    QVERIFY(m_handler->loadSettings(BUSNAME_TAVMODEMS, settings));
+    QCOMPARE(settings.settings(), QVariantList{2});
     QVERIFY(killer.waitForFinished());
+}
+
+void FrozenBusTest::threadWithoutALoopIsHeardAgain()
+{
+    QVERIFY(m_handler->open());
+    m_handler->setTimeLimit(kShort);
+    m_bus->freezeBroker();
+    QVERIFY(!m_handler->saveSettings(records::settings(BUSNAME_TAVMODEMS, {2})));
+    m_bus->thawBroker();
+    bool saved = false;
+    m_clock.start();
+    while (!saved && m_clock.elapsed() < kMargin)
+        saved = m_handler->saveSettings(records::settings(BUSNAME_TAVMODEMS, {3}));
+    QVERIFY(saved);
 }
 
 void FrozenBusTest::limitIsFiveSeconds()
