@@ -1,5 +1,6 @@
 #include "fakedialer.h"
 #include "logcapture.h"
+#include "portspeed.h"
 #include "scriptedmodem.h"
 #include "testmodemscfg.h"
 #include "wvdial.h"
@@ -10,10 +11,7 @@
 #include <QSignalSpy>
 #include <QTest>
 
-#include <asm/termbits.h>
-#include <fcntl.h>
 #include <signal.h>
-#include <sys/ioctl.h>
 #include <unistd.h>
 
 namespace {
@@ -39,15 +37,6 @@ void configure(const QStringList &names, const QString &active, const QString &p
 void configure(const QString &name)
 {
     configure({name}, name);
-}
-
-unsigned int speedOf(const QString &port)
-{
-    const int line = ::open(QFile::encodeName(port).constData(), O_RDWR | O_NOCTTY | O_NONBLOCK);
-    struct termios2 settings = {};
-    ::ioctl(line, TCGETS2, &settings);
-    ::close(line);
-    return settings.c_ospeed;
 }
 
 /// Not to wait half a minute for a dialer that does not end.
@@ -426,6 +415,24 @@ private slots:
         QVERIFY(!log.contains(QStringLiteral("critical: Wvdial error (0): ")));
     }
 
+    void pendingConnectionIsNotDialledAfterADialerThatIsMissing()
+    {
+        const FakeDialer dialer;
+        configure({QStringLiteral("A"), QStringLiteral("B")}, QStringLiteral("A"));
+        const LogCapture log("dialup");
+        Wvdial wvdial(nullptr, dialer.file("missing"));
+        QSignalSpy down(&wvdial, &Wvdial::dialdowned);
+        QSignalSpy notStarted(&wvdial, &Wvdial::dialNotStarted);
+        wvdial.start(QStringLiteral("B"));
+        QVERIFY(notStarted.wait());
+        QVERIFY(!notStarted.wait(100));
+        QCOMPARE(notStarted.count(), 1);
+        QCOMPARE(down.count(), 0);
+        QVERIFY(log.contains(QStringLiteral("debug: A")));
+        QVERIFY(!log.contains(QStringLiteral("debug: B")));
+        QCOMPARE(log.count(QStringLiteral("critical: Wvdial error (0): ")), 1);
+    }
+
     void crashIsAnErrorAndAnEnd()
     {
         const FakeDialer dialer("kill -SEGV $$");
@@ -511,6 +518,37 @@ private slots:
         QCOMPARE(dialer.arguments().size(), 2);
         QCOMPARE(wvdial.findChild<QProcess *>()->state(), QProcess::NotRunning);
         QVERIFY(::kill(static_cast<pid_t>(dialer.pid()), 0) != 0);
+    }
+
+    void stopWhileTheDialerIsStarting()
+    {
+        const FakeDialer dialer("exec sleep 600");
+        configure(gsm1);
+        Wvdial wvdial(nullptr, dialer.program());
+        const auto *process = wvdial.findChild<QProcess *>();
+        QSignalSpy down(&wvdial, &Wvdial::dialdowned);
+        QSignalSpy notStarted(&wvdial, &Wvdial::dialNotStarted);
+        wvdial.start(gsm1);
+        QCOMPARE(process->state(), QProcess::Starting);
+        wvdial.stop();
+        QCOMPARE(process->state(), QProcess::NotRunning);
+        QCOMPARE(down.count(), 1);
+        QVERIFY(!notStarted.wait(100));
+    }
+
+    void listenerMayDropTheControlDuringStop()
+    {
+        FakeDialer dialer("exec sleep 600");
+        configure(gsm1);
+        QPointer<Wvdial> wvdial = new Wvdial(nullptr, dialer.program());
+        connect(wvdial, &Wvdial::dialdowned, wvdial, &QObject::deleteLater);
+        wvdial->start(gsm1);
+        QTRY_VERIFY(dialer.pid() > 0);
+        dialer.forgetCalls();
+        dialer.showProcesses("  41 ?  00:00:00 pppd\n");
+        wvdial->stop();
+        QVERIFY(dialer.calls().contains(QStringLiteral("killall pppd"))); // the stop went through
+        QTRY_VERIFY(wvdial.isNull());
     }
 
     void stopReapsADialerThatDiesLate()

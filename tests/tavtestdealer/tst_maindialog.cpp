@@ -1,3 +1,4 @@
+#include "dragout.h"
 #include "maindialog.h"
 #include "marktranslator.h"
 #include "modalbox.h"
@@ -148,6 +149,35 @@ private slots:
         QTest::mouseRelease(button(dialog, "pbModems"), Qt::LeftButton);
         QCOMPARE(stack->currentIndex(), 0);
         stack->removeWidget(&other);
+    }
+
+    void pageThatIsNotThereHasNoButtonOnTheScreen()
+    {
+        MainDialog dialog;
+        dialog.show();
+        QVERIFY(button(dialog, "pbModems")->isVisible());
+        QVERIFY(button(dialog, "pbClose")->isVisible());
+        QVERIFY(!button(dialog, "pbEth")->isVisible());
+    }
+
+    // A button lets go as soon as it is left, and that counts.
+    void slidingOffAButtonIsARelease()
+    {
+        MainDialog dialog;
+        dialog.show();
+        auto *const stack = dialog.findChild<QStackedWidget *>(
+            QStringLiteral("stackedWidget"), Qt::FindDirectChildrenOnly);
+        QWidget other;
+        stack->insertWidget(1, &other);
+        stack->setCurrentIndex(1);
+        dragOut(button(dialog, "pbModems"));
+        QCOMPARE(stack->currentIndex(), 0);
+        stack->removeWidget(&other);
+
+        ModalBoxes boxes({ModalBoxes::click(QMessageBox::Cancel)});
+        dragOut(button(dialog, "pbClose"));
+        QCOMPARE(boxes.shown.size(), 1);
+        QVERIFY(dialog.isVisible());
     }
 
     void indicatorFollowsEveryResult()
@@ -377,7 +407,11 @@ private slots:
         QSignalSpy rejected(&dialog, &QDialog::rejected);
         dialog.show();
         m_bus->stop();
-        ModalBoxes boxes({[byEscape](QMessageBox *box) {
+        bool wasDisabled = false;
+        bool wasStopped = false;
+        ModalBoxes boxes({[&](QMessageBox *box) {
+            wasDisabled = !dialog.isEnabled();
+            wasStopped = !isTesting(dialog);
             if (byEscape)
                 QTest::keyClick(box, Qt::Key_Escape);
             else
@@ -389,6 +423,8 @@ private slots:
         QCOMPARE(box.title, QStringLiteral("Settings saving error"));
         QCOMPARE(box.text, QStringLiteral("Modems settings saving error. Continue exit?"));
         QCOMPARE(box.buttons, QStringList{QStringLiteral("Yes")});
+        QVERIFY(wasDisabled);
+        QVERIFY(wasStopped);
         QCOMPARE(box.parent, &dialog);
         QVERIFY(box.lowestButton >= 48);
         QVERIFY(!dialog.isVisible());

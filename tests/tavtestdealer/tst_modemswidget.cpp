@@ -1,3 +1,4 @@
+#include "dragout.h"
 #include "marktranslator.h"
 #include "modalbox.h"
 #include "modemswidget.h"
@@ -152,6 +153,33 @@ private slots:
         QCOMPARE(group->id(button(page, "pbDialPage")), 0);
         QCOMPARE(group->id(button(page, "pbAskPage")), 1);
         QCOMPARE(group->id(button(page, "pbSearchPage")), 2);
+    }
+
+    void pageButtonsShowTheirPages()
+    {
+        ModemsWidget page;
+        auto *const stack = page.findChild<QStackedWidget *>(QStringLiteral("stackedWidget"));
+        QWidget second;
+        QWidget third;
+        stack->insertWidget(1, &second);
+        stack->insertWidget(2, &third);
+        button(page, "pbSearchPage")->click();
+        QCOMPARE(stack->currentIndex(), 2);
+        button(page, "pbAskPage")->click();
+        QCOMPARE(stack->currentIndex(), 1);
+        button(page, "pbDialPage")->click();
+        QCOMPARE(stack->currentIndex(), 0);
+        stack->removeWidget(&second);
+        stack->removeWidget(&third);
+    }
+
+    // The button lets go as soon as it is left, and that counts.
+    void slidingOffTheSaveButtonSaves()
+    {
+        ModemsWidget page;
+        page.show();
+        dragOut(button(page, "pbSaveSettings"));
+        QVERIFY(saved(tavbus::BUSNAME_TAVMODEMS));
     }
 
     void withoutARecordTheStoreStaysEmpty()

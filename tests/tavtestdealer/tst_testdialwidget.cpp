@@ -1,6 +1,8 @@
+#include "dragout.h"
 #include "fakedialer.h"
 #include "fakemodemservice.h"
 #include "marktranslator.h"
+#include "portspeed.h"
 #include "scriptedmodem.h"
 #include "stallwatch.h"
 #include "testdialwidget.h"
@@ -21,6 +23,7 @@
 #include <QTextBrowser>
 
 #include <memory>
+#include <mutex>
 
 #include <fcntl.h>
 #include <sys/mman.h>
@@ -213,6 +216,63 @@ private slots:
         QTest::mouseRelease(page.button("cbDial"), Qt::LeftButton);
         QCOMPARE(page.startedSpy.count(), 1);
         QTRY_COMPARE_WITH_TIMEOUT(page.finishedSpy.count(), 1, kLong);
+    }
+
+    // The button lets go as soon as it is left, and that counts; on a touch screen a finger that
+    // slides off has dialled.
+    void slidingOffAButtonIsARelease()
+    {
+        const FakeDialer dialer("exec sleep 600");
+        Page page(dialer.program());
+        dragOut(page.button("cbDial"));
+        QCOMPARE(page.startedSpy.count(), 1);
+        QTRY_VERIFY_WITH_TIMEOUT(page.text().contains(QStringLiteral("wvdial is started")), kLong);
+        dragOut(page.button("pbStop"));
+        QTRY_COMPARE_WITH_TIMEOUT(page.finishedSpy.count(), 1, kLong);
+        QVERIFY(page.text().contains(QStringLiteral("Unknown exit code")));
+    }
+
+    void portIsOpenedNoFasterThanItMay()
+    {
+        const FakeDialer dialer;
+        ScriptedModem modem;
+        std::mutex mutex;
+        QList<unsigned int> speeds;
+        modem.onCommand = [&](const QByteArray &command) {
+            const std::lock_guard<std::mutex> lock(mutex);
+            if (command == "ATZ")
+                speeds.append(speedOf(modem.path()));
+        };
+        modem.start();
+        ModemInfo info = modemOn(modem.path());
+        info.setBaudrate(115200);
+        store({info});
+        Page page(dialer.program());
+        page.press("cbDial");
+        QTRY_COMPARE_WITH_TIMEOUT(page.finishedSpy.count(), 1, kLong);
+        const std::lock_guard<std::mutex> lock(mutex);
+        QCOMPARE(speeds, QList<unsigned int>({57600U, 57600U})); // the page's reset, the dial's
+    }
+
+    void otherChoiceWhileTheServiceIsStopping()
+    {
+        const FakeDialer dialer;
+        const QString other = QStringLiteral("other");
+        ScriptedModem modem;
+        modem.start();
+        store({modemOn(noPort), modemOn(modem.path(), other)});
+        Page page(dialer.program());
+        page.modems()->setCurrentText(gsm1);
+        page.press("cbDial");
+        page.modems()->setCurrentText(other);
+        QTRY_COMPARE_WITH_TIMEOUT(page.finishedSpy.count(), 1, kLong);
+        // The page resets the modem that is chosen by then; the dialer's file holds the one of the
+        // press, which is dialled. The other one follows, and is not in the file.
+        QCOMPARE(modem.commands().count("ATZ"), 1);
+        QCOMPARE(dialer.arguments(),
+            QStringList({gsm1, QStringLiteral("--config=") + TestModemsCfg::configPath()}));
+        QVERIFY(page.text().contains(QStringLiteral("There are no modem config for other")));
+        QVERIFY(page.isIdle());
     }
 
     void wholeDialAndStop()
@@ -463,8 +523,13 @@ private slots:
         auto page = std::make_unique<Page>(dialer.program());
         qCWarning(DIALUP, "seen");
         QVERIFY(page->text().contains(QStringLiteral("seen")));
+        // The browser outlives the page here, to see what still reaches it.
+        const std::unique_ptr<QTextBrowser> browser(page->log());
+        browser->setParent(nullptr);
         page.reset();
-        qCWarning(DIALUP, "not seen");
+        qCWarning(DIALUP, "later");
+        QTest::qWait(0);
+        QCOMPARE(browser->toPlainText(), QStringLiteral("seen"));
     }
 
     void textsFollowTheLanguage()

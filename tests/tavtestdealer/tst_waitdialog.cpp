@@ -9,7 +9,9 @@
 #include <QSignalSpy>
 #include <QTemporaryDir>
 #include <QTest>
+#include <QTextBlock>
 #include <QTextBrowser>
+#include <QTimer>
 #include <QVBoxLayout>
 
 #include <memory>
@@ -75,12 +77,56 @@ private slots:
     void messagesAreShownUntilItIsGone()
     {
         auto *dialog = new WaitDialog;
-        const auto *log = dialog->findChild<QTextBrowser *>(QStringLiteral("tbLog"));
+        // The browser outlives the dialog here, to see what still reaches it.
+        const std::unique_ptr<QTextBrowser> log(
+            dialog->findChild<QTextBrowser *>(QStringLiteral("tbLog")));
         qCWarning(WAITING_LOG, "a\nb");
         QCOMPARE(log->toPlainText(), QStringLiteral("a\nb"));
         QCOMPARE(QByteArray(WAITING_LOG().categoryName()), QByteArray("waitingLog"));
+        log->setParent(nullptr);
         delete dialog;
         qCWarning(WAITING_LOG, "nobody is there");
+        QTest::qWait(0);
+        QCOMPARE(log->toPlainText(), QStringLiteral("a\nb"));
+    }
+
+    void colourFollowsTheType()
+    {
+        const WaitDialog dialog;
+        const auto *log = dialog.findChild<QTextBrowser *>(QStringLiteral("tbLog"));
+        qCDebug(WAITING_LOG, "debug");
+        qCWarning(WAITING_LOG, "warning");
+        qCCritical(WAITING_LOG, "critical");
+        QList<QColor> colours;
+        for (QTextBlock block = log->document()->begin(); block.isValid(); block = block.next())
+            colours.append(block.begin().fragment().charFormat().foreground().color());
+        QCOMPARE(colours, QList<QColor>({QColor(Qt::black), QColor(Qt::blue), QColor(Qt::red)}));
+    }
+
+    void closingTwiceIsClosingOnce()
+    {
+        QPointer<WaitDialog> dialog = new WaitDialog;
+        QSignalSpy destroyed(dialog, &QObject::destroyed);
+        dialog->show();
+        dialog->closeDialog();
+        dialog->closeDialog();
+        QTRY_VERIFY(dialog.isNull());
+        QCOMPARE(destroyed.count(), 1);
+    }
+
+    void hiddenOneDeletesItselfToo()
+    {
+        QPointer<WaitDialog> dialog = new WaitDialog;
+        dialog->closeDialog();
+        QTRY_VERIFY(dialog.isNull());
+    }
+
+    void ownerClosesItUnderExec()
+    {
+        QPointer<WaitDialog> dialog = new WaitDialog;
+        QTimer::singleShot(0, dialog, &WaitDialog::closeDialog);
+        QCOMPARE(dialog->exec(), int(QDialog::Rejected));
+        QTRY_VERIFY(dialog.isNull());
     }
 
     void titleFollowsTheLanguage()
