@@ -5,6 +5,10 @@ cd "$(dirname "${BASH_SOURCE[0]}")/.." || exit
 # shellcheck disable=SC2034 # for the scripts that source this
 top=$PWD
 
+as_root() {
+    if [ "$(id -u)" = 0 ]; then "$@"; else sudo "$@"; fi
+}
+
 install_packages() {
     local wanted missing=() name
     mapfile -t wanted < <(sed -e 's/#.*//' -e '/^[[:space:]]*$/d' packaging/debian-packages.txt)
@@ -13,10 +17,24 @@ install_packages() {
     done
     [ ${#missing[@]} -gt 0 ] || return 0
     echo "Installing: ${missing[*]}"
-    local as_root=()
-    [ "$(id -u)" = 0 ] || as_root=(sudo)
-    "${as_root[@]}" apt-get update -q
-    "${as_root[@]}" env DEBIAN_FRONTEND=noninteractive apt-get install -y -q --no-install-recommends "${missing[@]}"
+    as_root apt-get update -q
+    as_root env DEBIAN_FRONTEND=noninteractive apt-get install -y -q --no-install-recommends "${missing[@]}"
+}
+
+# Makes ifupdown's programs available under build/ifupdown for the tests. The package is unpacked and
+# never installed: that would make a stranger the keeper of this machine's network.
+unpack_ifupdown() {
+    [ ! -x build/ifupdown/sbin/ifquery ] || return 0
+    local download
+    download=$(mktemp -d)
+    chmod 755 "$download"
+    (
+        cd "$download" || exit
+        apt-get download -q ifupdown || { as_root apt-get update -q && apt-get download -q ifupdown; }
+    )
+    mkdir -p build
+    dpkg-deb -x "$download"/ifupdown_*.deb build/ifupdown
+    rm -r "$download"
 }
 
 # build PRESET [TARGET...]

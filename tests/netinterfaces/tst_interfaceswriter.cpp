@@ -248,7 +248,7 @@ private:
     {
         QProcess process;
         process.setProcessChannelMode(QProcess::MergedChannels);
-        process.start(s("/sbin/ifquery"),
+        process.start(s(IFQUERY),
             QStringList{s("--interfaces"), writtenFile(), s("--state-dir"), m_state.path()}
                 + arguments);
         if (!process.waitForFinished() || process.exitCode() != 0)
