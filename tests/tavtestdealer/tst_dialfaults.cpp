@@ -26,10 +26,10 @@ const QString tavmodems = QStringLiteral("tavmodems");
 constexpr int kLong = 60000; // ms
 // How long the window may stand still at most. A live modem costs a fraction of a second; a mute
 // one is waited for with three attempts and one to call it back, and that twice, by the page and by
-// the dialer's control; a bus that does not answer costs its limit of five seconds a call.
+// the dialer's control; a bus that does not answer costs its limit of five seconds.
 constexpr int kLiveModem = 2000;
 constexpr int kMuteModem = 15000;
-constexpr int kDeadBus = 25000;
+constexpr int kDeadBus = 5000 + kLiveModem;
 // A dialer that is deaf to the signal, as one is that reads without end, is given half a minute.
 constexpr int kDeafDialer = 40000;
 
