@@ -18,13 +18,15 @@ namespace {
 
 // Silence after which a late answer is taken to have ended.
 constexpr std::chrono::milliseconds kQuiet = 150ms;
+constexpr std::chrono::milliseconds kPiece = 100ms;
 constexpr int kChunk = 4096;
 // Lines of one answer that the log shows: a babbling modem must not drive all else out of it.
 constexpr int kMaxShown = 200;
 
+// Waiting is done in pieces, between which the device may be found gone.
 int remaining(const QDeadlineTimer &deadline)
 {
-    return static_cast<int>(deadline.remainingTime());
+    return static_cast<int>(std::min<qint64>(deadline.remainingTime(), kPiece.count()));
 }
 
 bool isControl(char c)

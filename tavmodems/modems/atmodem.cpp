@@ -75,6 +75,7 @@ public:
     bool sendAll(const QList<QByteArray> &commands);
     AtReply ask(const QByteArray &command, milliseconds limit);
     bool pause();
+    bool isAborted() const { return abortFlag && *abortFlag; }
     bool fail(const QString &text);
     bool failLost(const AtReply &reply);
     void close();
@@ -84,6 +85,7 @@ public:
     const AtDialect *dialect = nullptr; // of the static table; while the port is open
     AtIdentity identity;
     QString lastError;
+    const std::atomic<bool> *abortFlag = nullptr; // the caller's
 };
 
 AtModem::AtModem(QObject *parent, const QString &lockDirectory)
@@ -94,14 +96,19 @@ AtModem::AtModem(QObject *parent, const QString &lockDirectory)
 
 AtModem::~AtModem() = default;
 
+void AtModem::setAbortFlag(const std::atomic<bool> *flag)
+{
+    m_d->abortFlag = flag;
+}
+
 bool AtModem::open(const QString &port, int baudrate, int attempts)
 {
     m_d->close();
     m_d->lastError.clear();
     if (!m_d->port.open(port, baudrate))
         return m_d->fail(m_d->port.error());
-    m_d->channel = std::make_unique<AtChannel>(
-        m_d->port.device(), m_d->port.path(), [this] { return m_d->port.isGone(); });
+    m_d->channel = std::make_unique<AtChannel>(m_d->port.device(), m_d->port.path(),
+        [this] { return m_d->isAborted() || m_d->port.isGone(); });
     if (!m_d->handshake(std::max(attempts, 1))) {
         m_d->close();
         return false;
@@ -327,6 +334,8 @@ bool AtModem::Private::failLost(const AtReply &reply)
     if (reply.status != AtReply::Status::PortGone)
         return fail(QStringLiteral("The modem on %1 no longer answers.").arg(path));
     close();
+    if (isAborted())
+        return fail(QStringLiteral("The work with the modem on %1 was broken off.").arg(path));
     return fail(
         QStringLiteral("The modem on %1 has gone: its port was unplugged or hung up.").arg(path));
 }

@@ -5,6 +5,7 @@
 #include <QObject>
 #include <QString>
 
+#include <atomic>
 #include <chrono>
 #include <memory>
 
@@ -22,6 +23,13 @@ public:
     /** `lockDirectory` is where the lock files of serial ports lie. */
     explicit AtModem(QObject *parent = nullptr, const QString &lockDirectory = PortLock::DIRECTORY);
     ~AtModem() override;
+
+    /**
+     * While `*flag` is true every call fails as if the modem had vanished, the one under way
+     * within a tenth of a second: how another thread or a signal handler ends the work. The flag
+     * outlives this object; null, as at first, for none.
+     */
+    void setAbortFlag(const std::atomic<bool> *flag);
 
     /**
      * Opens the port, gets the modem to answer and learns what it is. `port` is a bare device

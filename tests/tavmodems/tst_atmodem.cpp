@@ -7,6 +7,7 @@
 #include <QTest>
 #include <QTimer>
 
+#include <atomic>
 #include <csignal>
 
 #include <fcntl.h>
@@ -44,6 +45,8 @@ private slots:
     void namesTheHolderOfAnExclusivePort();
     void endsWhenTheModemVanishes_data();
     void endsWhenTheModemVanishes();
+    void endsWhenBrokenOff_data();
+    void endsWhenBrokenOff();
     void isBoundedWhenTheModemHangs();
     void resetsWithTheMakersProfile();
     void resetsAModemThatSaysNothingWhileItRestarts();
@@ -495,6 +498,36 @@ void TestAtModem::endsWhenTheModemVanishes()
             .arg(bench.modem.path()));
     QCOMPARE(bench.lockFiles(), QStringList());
     QVERIFY(bench.modem.commands().last().startsWith(command));
+}
+
+void TestAtModem::endsWhenBrokenOff_data()
+{
+    QTest::addColumn<QByteArray>("command");
+    for (const char *command : {"AT", "AT+CGMI", "AT+CGMM", "ATZ", "AT+CREG?", "AT+CREG=0"})
+        QTest::newRow(command) << QByteArray(command);
+}
+
+void TestAtModem::endsWhenBrokenOff()
+{
+    QFETCH(QByteArray, command);
+    std::atomic<bool> abort{false};
+    Bench bench;
+    bench.modem.answers[command].clear();
+    bench.modem.onCommand = [&](const QByteArray &heard) {
+        if (heard == command)
+            abort = true;
+    };
+    bench.driver.setAbortFlag(&abort);
+    bench.open();
+    bench.driver.reset(true);
+    bench.driver.beforeDial();
+    QVERIFY2(bench.clock.elapsed() < kAtOnce, qPrintable(QString::number(bench.clock.elapsed())));
+    QVERIFY(!bench.driver.isOpen());
+    QCOMPARE(bench.driver.lastError(),
+        QStringLiteral("The work with the modem on %1 was broken off.").arg(bench.modem.path()));
+    QCOMPARE(bench.lockFiles(), QStringList());
+    QVERIFY(!bench.driver.open(bench.modem.path(), kBaudrate, 3));
+    QCOMPARE(bench.modem.commands().last(), command);
 }
 
 void TestAtModem::isBoundedWhenTheModemHangs()
