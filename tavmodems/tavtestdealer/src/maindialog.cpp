@@ -3,6 +3,7 @@
 #include "abstractworkerthread.h"
 #include "busnames.h"
 #include "clientsettings.h"
+#include "imageresources.h"
 #include "inettester.h"
 #include "modemsettings.h"
 #include "tavbusqueryhandler.h"
@@ -15,13 +16,6 @@
 #include <QMessageBox>
 #include <QPushButton>
 #include <QScopedValueRollback>
-
-// A static library's resources are dropped by the linker unless something asks for them. Outside
-// any namespace, as the macro demands.
-static void initResources()
-{
-    Q_INIT_RESOURCE(tavtestdialer);
-}
 
 namespace {
 
@@ -62,7 +56,7 @@ MainDialog::MainDialog(QWidget *parent)
     : QDialog(parent)
     , ui(new Ui::MainDialog)
 {
-    initResources();
+    initImageResources();
     ui->setupUi(this);
 
     auto *const tester = new InetTester;

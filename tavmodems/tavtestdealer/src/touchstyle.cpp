@@ -58,6 +58,9 @@ QSize TouchStyle::sizeFromContents(
     case CT_PushButton:
         return (given + QSize(kButtonPadding, 0))
             .expandedTo(QSize(2 * kTargetHeight, kTargetHeight));
+    case CT_ComboBox:
+    case CT_LineEdit:
+        return given.expandedTo(QSize(0, kTargetHeight));
     case CT_MenuItem: {
         const auto *item = qstyleoption_cast<const QStyleOptionMenuItem *>(option);
         if (item && item->menuItemType == QStyleOptionMenuItem::Separator)

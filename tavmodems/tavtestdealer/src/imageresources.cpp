@@ -1,0 +1,8 @@
+#include "imageresources.h"
+
+#include <QResource>
+
+void initImageResources()
+{
+    Q_INIT_RESOURCE(tavtestdialer);
+}
