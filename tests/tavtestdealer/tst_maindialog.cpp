@@ -1,4 +1,5 @@
 #include "dragout.h"
+#include "ethernetwidget.h"
 #include "maindialog.h"
 #include "marktranslator.h"
 #include "modalbox.h"
@@ -101,6 +102,9 @@ private slots:
         QCOMPARE(stack->currentIndex(), 0);
         QCOMPARE(stack->widget(0)->objectName(), QStringLiteral("pageModems"));
         QVERIFY(qobject_cast<ModemsWidget *>(stack->widget(0)));
+        QCOMPARE(stack->widget(1)->objectName(), QStringLiteral("pageEth"));
+        QVERIFY(qobject_cast<EthernetWidget *>(stack->widget(1)));
+        QCOMPARE(stack->count(), 2);
         const auto *row = dialog.layout()->findChild<QLayout *>(QStringLiteral("horizontalLayout"));
         QCOMPARE(row->spacing(), 6);
         QCOMPARE(row->indexOf(button(dialog, "pbModems")), 0);
@@ -113,6 +117,7 @@ private slots:
         for (const char *name : {"pbModems", "pbEth", "pbClose"}) {
             QCOMPARE(button(dialog, name)->minimumSize(), QSize(80, 60));
             QCOMPARE(button(dialog, name)->font().pointSize(), 18);
+            QVERIFY(button(dialog, name)->isVisible());
         }
         QCOMPARE(indicator(dialog)->text(), QStringLiteral("..."));
         QCOMPARE(indicator(dialog)->iconSize(), QSize(32, 32));
@@ -139,25 +144,49 @@ private slots:
         QVERIFY(group->exclusive());
         QCOMPARE(group->id(button(dialog, "pbModems")), 0);
         QCOMPARE(group->id(button(dialog, "pbEth")), 1);
-        auto *const stack = dialog.findChild<QStackedWidget *>(
-            QStringLiteral("stackedWidget"), Qt::FindDirectChildrenOnly);
-        QWidget other;
-        stack->insertWidget(1, &other);
-        stack->setCurrentIndex(1);
-        QTest::mousePress(button(dialog, "pbModems"), Qt::LeftButton);
-        QCOMPARE(stack->currentIndex(), 1);
-        QTest::mouseRelease(button(dialog, "pbModems"), Qt::LeftButton);
-        QCOMPARE(stack->currentIndex(), 0);
-        stack->removeWidget(&other);
     }
 
-    void pageThatIsNotThereHasNoButtonOnTheScreen()
+    void releasedButtonShowsItsPage()
     {
         MainDialog dialog;
         dialog.show();
-        QVERIFY(button(dialog, "pbModems")->isVisible());
-        QVERIFY(button(dialog, "pbClose")->isVisible());
-        QVERIFY(!button(dialog, "pbEth")->isVisible());
+        auto *const modems = dialog.findChild<ModemsWidget *>();
+        auto *const network = dialog.findChild<EthernetWidget *>();
+        for (int round = 0; round < 2; ++round) {
+            QTest::mousePress(button(dialog, "pbEth"), Qt::LeftButton);
+            QVERIFY2(modems->isVisible(), "a press alone shows nothing");
+            QTest::mouseRelease(button(dialog, "pbEth"), Qt::LeftButton);
+            QVERIFY(network->isVisible());
+            QVERIFY(!modems->isVisible());
+
+            QTest::mousePress(button(dialog, "pbModems"), Qt::LeftButton);
+            QVERIFY(network->isVisible());
+            QTest::mouseRelease(button(dialog, "pbModems"), Qt::LeftButton);
+            QVERIFY(modems->isVisible());
+            QVERIFY(!network->isVisible());
+        }
+    }
+
+    // The page is as high as the window leaves it: nothing is pressed together or cut off.
+    void networkPageHasItsRoom()
+    {
+        MainDialog dialog;
+        dialog.show();
+        QTest::mouseClick(button(dialog, "pbEth"), Qt::LeftButton);
+        const auto *network = dialog.findChild<EthernetWidget *>();
+        QCOMPARE(dialog.size(), QSize(800, 600));
+        QVERIFY(network->height() >= network->minimumSizeHint().height());
+        QVERIFY(network->width() >= network->minimumSizeHint().width());
+    }
+
+    // Modem work locks the pages of the modems alone.
+    void networkPageIsOpenDuringModemWork()
+    {
+        MainDialog dialog;
+        dialog.show();
+        emit dialog.findChild<TestDialWidget *>()->started();
+        QTest::mouseClick(button(dialog, "pbEth"), Qt::LeftButton);
+        QVERIFY(dialog.findChild<EthernetWidget *>()->isVisible());
     }
 
     // A button lets go as soon as it is left, and that counts.
@@ -167,12 +196,10 @@ private slots:
         dialog.show();
         auto *const stack = dialog.findChild<QStackedWidget *>(
             QStringLiteral("stackedWidget"), Qt::FindDirectChildrenOnly);
-        QWidget other;
-        stack->insertWidget(1, &other);
-        stack->setCurrentIndex(1);
+        dragOut(button(dialog, "pbEth"));
+        QCOMPARE(stack->currentIndex(), 1);
         dragOut(button(dialog, "pbModems"));
         QCOMPARE(stack->currentIndex(), 0);
-        stack->removeWidget(&other);
 
         ModalBoxes boxes({ModalBoxes::click(QMessageBox::Cancel)});
         dragOut(button(dialog, "pbClose"));
@@ -506,6 +533,8 @@ private slots:
         QCOMPARE(button(dialog, "pbEth")->text(), QStringLiteral("xLocal network"));
         QCOMPARE(button(dialog, "pbClose")->text(), QStringLiteral("xClose"));
         QCOMPARE(indicator(dialog)->text(), QStringLiteral("x..."));
+        const MarkTranslator network("EthernetWidget");
+        QTRY_COMPARE(button(dialog, "pbApply")->text(), QStringLiteral("xApply"));
         dialog.connectionTested(true);
         QCOMPARE(indicator(dialog)->toolTip(), QStringLiteral("xConnection on"));
         dialog.show();
