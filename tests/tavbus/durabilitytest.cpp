@@ -27,6 +27,7 @@ constexpr int kLargestPayload = 20000; // bytes: some saves take several pages
 constexpr int kPatienceMs = 30000;
 
 std::atomic<int> brokersKilled{0};
+std::atomic<int> savesAcknowledged{0};
 
 /// Saves ever higher numbers under owners of its own, and sees after each death of a broker and
 /// each failed call that the next broker still has every number that was ever taken.
@@ -54,7 +55,6 @@ public:
     bool isSaving() const { return m_saving; }
 
     // To be asked once it has stopped.
-    int acknowledged() const { return m_acknowledged; }
     int failed() const { return m_failed; }
     QStringList losses() const { return m_losses; }
     QStringList owners() const { return m_owners; }
@@ -79,7 +79,7 @@ private:
             m_saving = false;
             if (saved) {
                 m_taken[owner] = number;
-                ++m_acknowledged;
+                ++savesAcknowledged;
             } else {
                 ++m_failed;
                 compare(handler);
@@ -118,7 +118,6 @@ private:
     QStringList m_owners;
     QHash<QString, int> m_tried; // highest number, by owner
     QHash<QString, int> m_taken; // highest one that was acknowledged
-    int m_acknowledged = 0;
     int m_failed = 0;
     QStringList m_losses;
     std::atomic<bool> m_stopped{false};
@@ -166,6 +165,10 @@ void DurabilityTest::noAcknowledgedSaveIsLostWhenTheBrokerIsKilled()
     while (brokersKilled < kKills) {
         const qint64 broker = bus.startBroker();
         QVERIFY(broker > 0);
+        if (brokersKilled % 2 == 0) { // the others may die before they have taken anything
+            const int before = savesAcknowledged;
+            QTRY_VERIFY_WITH_TIMEOUT(savesAcknowledged > before, kPatienceMs);
+        }
         QThread::msleep(random.bounded(kLongestLife));
         hits += std::any_of(writers.cbegin(), writers.cend(),
             [](const std::unique_ptr<Writer> &writer) { return writer->isSaving(); });
@@ -173,21 +176,18 @@ void DurabilityTest::noAcknowledgedSaveIsLostWhenTheBrokerIsKilled()
         ++brokersKilled;
     }
 
-    int acknowledged = 0;
     int failed = 0;
     QStringList losses;
     for (const auto &writer : writers) {
         writer->stop();
-        acknowledged += writer->acknowledged();
         failed += writer->failed();
         losses += writer->losses();
     }
     qInfo("seed %u: %d kills, %d in the middle of a save, %d saves acknowledged, %d calls failed,"
           " %lld lost",
-        seed, int(brokersKilled), hits, acknowledged, failed, qlonglong(losses.size()));
+        seed, int(brokersKilled), hits, int(savesAcknowledged), failed, qlonglong(losses.size()));
     QVERIFY2(losses.isEmpty(), qPrintable(losses.join(QLatin1Char('\n'))));
-    QVERIFY(acknowledged > kKills); // there was a load
-    QVERIFY(hits > kKills / 4); // and it was hit
+    QVERIFY(hits > kKills / 4); // the load was hit
     bus.endBroker();
     QCOMPARE(integrity(bus.databaseFile()), QStringList(QStringLiteral("ok")));
     QCOMPARE(QDir(bus.directory()).entryList({QStringLiteral("*damaged*")}), QStringList());
