@@ -20,6 +20,8 @@ namespace {
 constexpr std::chrono::milliseconds kQuiet = 150ms;
 constexpr std::chrono::milliseconds kPiece = 100ms;
 constexpr int kChunk = 4096;
+constexpr char kEndOfText = '\x1a'; // Ctrl-Z
+constexpr char kEscape = '\x1b';
 // Lines of one answer that the log shows: a babbling modem must not drive all else out of it.
 constexpr int kMaxShown = 200;
 
@@ -34,6 +36,12 @@ bool isControl(char c)
     return (c >= 0 && c < 0x20) || c == 0x7f;
 }
 
+// A line end inside would make two commands of it, Ctrl-Z or Escape end a message text.
+bool isSendable(const QByteArray &text)
+{
+    return !text.isEmpty() && std::none_of(text.cbegin(), text.cend(), isControl);
+}
+
 } // namespace
 
 AtChannel::AtChannel(QIODevice *device, const QString &name, std::function<bool()> isGone)
@@ -45,21 +53,25 @@ AtChannel::AtChannel(QIODevice *device, const QString &name, std::function<bool(
 
 AtReply AtChannel::send(const QByteArray &command, std::chrono::milliseconds limit)
 {
-    // A line end inside would make two commands of it, Ctrl-Z or Escape end a message text.
-    if (command.isEmpty() || std::any_of(command.cbegin(), command.cend(), isControl)) {
-        qCWarning(AT_MODEM).noquote() << m_name << "a command with control characters is not sent";
-        AtReply reply;
-        reply.status = AtReply::Status::Refused;
-        return reply;
-    }
-    return exchange(command + '\r', command, limit);
+    return isSendable(command) ? exchange(command + '\r', command, {}, limit) : refused();
+}
+
+AtReply AtChannel::sendText(
+    const QByteArray &command, const QByteArray &text, std::chrono::milliseconds limit)
+{
+    if (!isSendable(command) || !isSendable(text))
+        return refused();
+    AtReply reply = exchange(command + '\r', command, text, limit);
+    if (reply.isLost() && reply.status != AtReply::Status::PortGone)
+        write(QByteArray(1, kEscape), QDeadlineTimer(kQuiet));
+    return reply;
 }
 
 AtReply AtChannel::sendEscape(std::chrono::milliseconds limit)
 {
     m_outOfStep = false; // waiting for quiet would only lengthen the silence already kept
     const QByteArray escape = QByteArrayLiteral("+++");
-    return exchange(escape, escape, limit);
+    return exchange(escape, escape, {}, limit);
 }
 
 AtReply AtChannel::waitUnsolicited(std::chrono::milliseconds limit)
@@ -81,8 +93,16 @@ AtReply AtChannel::waitUnsolicited(std::chrono::milliseconds limit)
     return reply;
 }
 
-AtReply AtChannel::exchange(
-    const QByteArray &bytes, const QByteArray &command, std::chrono::milliseconds limit)
+AtReply AtChannel::refused() const
+{
+    qCWarning(AT_MODEM).noquote() << m_name << "a command with control characters is not sent";
+    AtReply reply;
+    reply.status = AtReply::Status::Refused;
+    return reply;
+}
+
+AtReply AtChannel::exchange(const QByteArray &bytes, const QByteArray &command,
+    const QByteArray &text, std::chrono::milliseconds limit)
 {
     AtReply reply;
     const bool secret = atsecrets::isSecret(command);
@@ -105,6 +125,7 @@ AtReply AtChannel::exchange(
     int received = 0;
     bool echoed = false;
     bool ended = false;
+    bool awaitsPrompt = !text.isEmpty();
     QByteArray chunk;
     do {
         if (!readSome(deadline, chunk))
@@ -118,6 +139,8 @@ AtReply AtChannel::exchange(
                 echoed = true;
                 continue;
             }
+            if (!text.isEmpty() && line.contains(text)) // its echo, with Ctrl-Z behind it
+                continue;
             const auto result = ended ? std::nullopt : parseFinalResult(line, command);
             logIn(line, secret && !result);
             if (result) {
@@ -133,6 +156,14 @@ AtReply AtChannel::exchange(
         }
         if (ended)
             return end(reply.status);
+        // The prompt has no line end.
+        if (awaitsPrompt && (m_lines.unfinished() == ">" || reply.lines.contains(">"))) {
+            awaitsPrompt = false;
+            m_lines.clear();
+            reply.lines.removeAll(">");
+            if (!write(text + kEndOfText, deadline))
+                break;
+        }
         if (received > kMaxAnswer)
             return end(AtReply::Status::Flood);
     } while (!deadline.hasExpired());

@@ -34,6 +34,14 @@ public:
     AtReply send(const QByteArray &command, std::chrono::milliseconds limit);
 
     /**
+     * Sends a command that asks for a text with "> " (AT+CMGS, 3GPP TS 27.005 4.3), then the text,
+     * which holds no control characters, and waits for the final result. When that does not come
+     * the modem is called back from the text.
+     */
+    AtReply sendText(
+        const QByteArray &command, const QByteArray &text, std::chrono::milliseconds limit);
+
+    /**
      * Calls a modem back from the data of a call: three plus signs and nothing else. The second of
      * silence that must come before them (register S12) is the caller's to have kept.
      */
@@ -43,8 +51,10 @@ public:
     AtReply waitUnsolicited(std::chrono::milliseconds limit);
 
 private:
-    AtReply exchange(
-        const QByteArray &bytes, const QByteArray &command, std::chrono::milliseconds limit);
+    // `text` is what to send when the modem prompts for it; empty when it is not to.
+    AtReply exchange(const QByteArray &bytes, const QByteArray &command, const QByteArray &text,
+        std::chrono::milliseconds limit);
+    AtReply refused() const;
     bool write(const QByteArray &bytes, const QDeadlineTimer &deadline);
     bool readSome(const QDeadlineTimer &deadline, QByteArray &bytes);
     void skipOldInput(const QDeadlineTimer &deadline);

@@ -17,6 +17,11 @@ struct AtDialect
     QString models; ///< pattern of models sold under the chip maker's name; may be empty
     QList<QByteArray> quietCommands; ///< stop the maker's own unsolicited lines
     UssdForm ussdForm = UssdForm::Plain;
+    QByteArray cardNumberCommand; ///< asks for the SIM card's serial number (ICCID)
+    /** Leave a stick no other device than the modem: the first that is taken does it. */
+    QList<QByteArray> modemOnlyCommands;
+    /** Lists a stick's devices ("=?") and chooses among them; empty: there is none such. */
+    QByteArray devicesCommand;
 };
 
 /** The dialect of a modem; the generic one when it is none of the known. Never fails. */

@@ -15,6 +15,8 @@ public:
 
     /** The lines completed by these bytes. */
     QList<QByteArray> feed(const QByteArray &bytes);
+    /** What has come of a line that has not ended, without blanks at the ends. */
+    QByteArray unfinished() const { return m_line.trimmed(); }
     /** Forgets an unfinished line. */
     void clear();
 

@@ -1,14 +1,17 @@
 #include "atmodem.h"
 
-#include "atchannel.h"
 #include "atdialect.h"
 #include "atfunctionality.h"
-#include "atidentity.h"
 #include "atmodemlog.h"
-#include "atport.h"
 #include "atregistration.h"
+#include "atsession.h"
 #include "atsimstate.h"
 #include "balancetext.h"
+#include "modemalone.h"
+#include "networkquery.h"
+#include "numberrequest.h"
+#include "smsstorage.h"
+#include "ussdsession.h"
 
 #include <QDeadlineTimer>
 
@@ -55,13 +58,23 @@ const char *simText(AtSimState state)
     return "The modem does not tell the state of its SIM card.";
 }
 
+QList<AtModem::SSms> messagesOf(const QList<SmsStorage::Store> &stores)
+{
+    QList<AtModem::SSms> list;
+    for (const SmsStorage::Store &store : stores) {
+        for (const SmsMessage &message : store.messages)
+            list << AtModem::SSms{message.time, message.sender, message.text};
+    }
+    return list;
+}
+
 } // namespace
 
 class AtModem::Private
 {
 public:
     explicit Private(const QString &lockDirectory)
-        : port(lockDirectory)
+        : session(lockDirectory)
     {
     }
 
@@ -73,19 +86,10 @@ public:
     bool waitForSim();
     bool waitForRegistration(milliseconds longest);
     bool sendAll(const QList<QByteArray> &commands);
-    AtReply ask(const QByteArray &command, milliseconds limit);
+    bool chooseModemAlone();
     bool pause();
-    bool isAborted() const { return abortFlag && *abortFlag; }
-    bool fail(const QString &text);
-    bool failLost(const AtReply &reply);
-    void close();
 
-    AtPort port;
-    std::unique_ptr<AtChannel> channel; // while the port is open
-    const AtDialect *dialect = nullptr; // of the static table; while the port is open
-    AtIdentity identity;
-    QString lastError;
-    const std::atomic<bool> *abortFlag = nullptr; // the caller's
+    AtSession session;
 };
 
 AtModem::AtModem(QObject *parent, const QString &lockDirectory)
@@ -98,19 +102,15 @@ AtModem::~AtModem() = default;
 
 void AtModem::setAbortFlag(const std::atomic<bool> *flag)
 {
-    m_d->abortFlag = flag;
+    m_d->session.abortFlag = flag;
 }
 
 bool AtModem::open(const QString &port, int baudrate, int attempts)
 {
-    m_d->close();
-    m_d->lastError.clear();
-    if (!m_d->port.open(port, baudrate))
-        return m_d->fail(m_d->port.error());
-    m_d->channel = std::make_unique<AtChannel>(m_d->port.device(), m_d->port.path(),
-        [this] { return m_d->isAborted() || m_d->port.isGone(); });
+    if (!m_d->session.open(port, baudrate))
+        return false;
     if (!m_d->handshake(std::max(attempts, 1))) {
-        m_d->close();
+        m_d->session.close();
         return false;
     }
     m_d->identify();
@@ -119,41 +119,128 @@ bool AtModem::open(const QString &port, int baudrate, int attempts)
 
 bool AtModem::isOpen() const
 {
-    return m_d->channel != nullptr;
+    return m_d->session.isOpen();
 }
 
 QString AtModem::gsmDialect() const
 {
-    return m_d->dialect ? m_d->dialect->name : QString();
+    return m_d->session.dialect ? m_d->session.dialect->name : QString();
 }
 
 QString AtModem::modemName() const
 {
-    return m_d->identity.name();
+    return m_d->session.identity.name();
 }
 
 QString AtModem::lastError() const
 {
-    return m_d->lastError;
+    return m_d->session.errorText();
+}
+
+AtModem::Error AtModem::error() const
+{
+    return m_d->session.error();
 }
 
 void AtModem::reset(bool waitForNetwork)
 {
-    if (!isOpen())
+    if (!m_d->session.begin())
         return;
-    m_d->lastError.clear();
     if (m_d->restoreCommandState() && waitForNetwork && m_d->switchRadioOn() && m_d->waitForSim())
         m_d->waitForRegistration(registrationLimit());
 }
 
 void AtModem::beforeDial()
 {
-    if (!isOpen())
+    if (!m_d->session.begin())
         return;
-    m_d->lastError.clear();
     // 3GPP TS 27.007 7.2, 10.1.20, 10.1.22.
-    m_d->sendAll(
-        QList<QByteArray>{"AT+CREG=0", "AT+CGREG=0", "AT+CEREG=0"} + m_d->dialect->quietCommands);
+    m_d->sendAll(QList<QByteArray>{"AT+CREG=0", "AT+CGREG=0", "AT+CEREG=0"}
+        + m_d->session.dialect->quietCommands);
+}
+
+bool AtModem::getMnc(int &mcc, int &mnc)
+{
+    if (!m_d->session.begin())
+        return false;
+    const auto network = NetworkQuery(m_d->session).network();
+    if (!network)
+        return false;
+    mcc = network->mcc;
+    mnc = network->mnc;
+    return true;
+}
+
+bool AtModem::getGsmCells(QString &lac, QString &cid)
+{
+    if (!m_d->session.begin())
+        return false;
+    const auto cell = NetworkQuery(m_d->session).cell();
+    if (!cell)
+        return false;
+    lac = cell->area;
+    cid = cell->cell;
+    return true;
+}
+
+bool AtModem::getInfo(QMap<QString, QVariant> &info)
+{
+    if (!m_d->session.begin())
+        return false;
+    const auto facts = NetworkQuery(m_d->session).info();
+    if (!facts)
+        return false;
+    info = *facts;
+    return true;
+}
+
+bool AtModem::requestSelfNumber(bool fromSms, const QString &phone, QString &number)
+{
+    if (!m_d->session.begin())
+        return false;
+    NumberRequest request(m_d->session);
+    return fromSms ? request.bySms(phone, number) : request.byUssd(phone, number);
+}
+
+bool AtModem::sendUSSD(const QString &code, QString &answer)
+{
+    return m_d->session.begin() && UssdSession(m_d->session).request(code, answer);
+}
+
+bool AtModem::getSignalLevel(int &level)
+{
+    if (!m_d->session.begin())
+        return false;
+    const auto dBm = NetworkQuery(m_d->session).signalLevel();
+    if (!dBm)
+        return false;
+    level = *dBm;
+    return true;
+}
+
+bool AtModem::takeMessages(QList<SSms> &list)
+{
+    QList<SmsStorage::Store> stores;
+    SmsStorage storage(m_d->session);
+    if (!m_d->session.begin() || !storage.read(stores))
+        return false;
+    list = messagesOf(stores);
+    storage.remove(stores);
+    return true;
+}
+
+bool AtModem::readMessages(QList<SSms> &list)
+{
+    QList<SmsStorage::Store> stores;
+    if (!m_d->session.begin() || !SmsStorage(m_d->session).read(stores))
+        return false;
+    list = messagesOf(stores);
+    return true;
+}
+
+bool AtModem::toModemOnly()
+{
+    return m_d->session.begin() && m_d->chooseModemAlone();
 }
 
 double AtModem::parseModemBalance(const QString &answer)
@@ -163,7 +250,7 @@ double AtModem::parseModemBalance(const QString &answer)
 
 void AtModem::close()
 {
-    m_d->close();
+    m_d->session.close();
 }
 
 milliseconds AtModem::registrationLimit() const
@@ -178,73 +265,75 @@ bool AtModem::Private::handshake(int attempts)
     bool heard = false;
     AtReply reply;
     for (int attempt = 0; attempt < attempts; ++attempt) {
-        reply = channel->send(attempt == 0 ? "AT" : "ATQ0V1", kHandshake);
+        reply = session.ask(attempt == 0 ? "AT" : "ATQ0V1", kHandshake);
         heard = heard || reply.heard;
         if (attempt == 0 && reply.status == AtReply::Status::Timeout && leaveData())
-            reply = channel->send("AT", kHandshake);
+            reply = session.ask("AT", kHandshake);
         if (reply.isOk())
             return true;
         if (reply.status == AtReply::Status::PortGone)
-            return failLost(reply);
+            return session.failLost(reply);
     }
     if (reply.status == AtReply::Status::Error)
-        return fail(QStringLiteral("The modem on %1 refuses every command.").arg(port.path()));
-    if (heard)
-        return fail(QStringLiteral("What answers on %1 is not a modem, or its speed is another.")
-                        .arg(port.path()));
-    return fail(QStringLiteral("The modem on %1 does not answer.").arg(port.path()));
+        return session.fail(AtError::Refused,
+            QStringLiteral("The modem on %1 refuses every command.").arg(session.path()));
+    const QString text = heard
+        ? QStringLiteral("What answers on %1 is not a modem, or its speed is another.")
+        : QStringLiteral("The modem on %1 does not answer.");
+    return session.fail(AtError::NoAnswer, text.arg(session.path()));
 }
 
 // The modem may be in a data call that a dialer left behind. The unanswered question before is the
 // silence that the escape needs in front of it.
 bool AtModem::Private::leaveData()
 {
-    const AtReply reply = channel->sendEscape(kEscape);
+    const AtReply reply = session.escape(kEscape);
     if (reply.isLost())
         return false;
-    qCDebug(AT_MODEM).noquote() << port.path() << "a data call was left open, it is ended";
-    return !channel->send("ATH", kHangUp).isLost();
+    qCDebug(AT_MODEM).noquote() << session.path() << "a data call was left open, it is ended";
+    return !session.ask("ATH", kHangUp).isLost();
 }
 
 // A modem that does not tell is spoken to as 3GPP has it.
 void AtModem::Private::identify()
 {
-    dialect = &allDialects().last();
+    AtIdentity identity;
     const QByteArray makerCommand = "AT+CGMI";
     const QByteArray modelCommand = "AT+CGMM";
-    const AtReply maker = ask(makerCommand, kQuery);
-    const AtReply model = maker.isLost() ? maker : ask(modelCommand, kQuery);
+    const AtReply maker = session.ask(makerCommand, kQuery);
+    const AtReply model = maker.isLost() ? maker : session.ask(modelCommand, kQuery);
     if (maker.isOk())
         identity.maker = parseIdentityText(makerCommand, maker.lines);
     if (model.isOk())
         identity.model = parseIdentityText(modelCommand, model.lines);
     if (!model.isLost() && identity.name().isEmpty())
-        identity = parseInformation(ask("ATI", kQuery).lines);
-    if (channel)
-        dialect = &findDialect(identity);
-    else
-        identity = {};
+        identity = parseInformation(session.ask("ATI", kQuery).lines);
+    if (!session.isOpen())
+        return;
+    session.identity = identity;
+    session.dialect = &findDialect(identity);
 }
 
 bool AtModem::Private::restoreCommandState()
 {
-    AtReply reply = ask("ATZ", kReset);
+    session.isPlainCharset = false;
+    AtReply reply = session.ask("ATZ", kReset);
     if (reply.status == AtReply::Status::Timeout) // some answer nothing while they restart
-        reply = ask("AT", kHandshake);
+        reply = session.ask("AT", kHandshake);
     if (reply.status == AtReply::Status::Error) // no stored profile: the maker's
-        reply = ask("AT&F", kReset);
+        reply = session.ask("AT&F", kReset);
     if (reply.isLost())
-        return failLost(reply);
+        return session.failLost(reply);
     return sendAll({"ATQ0V1E0", "AT+CMEE=1"});
 }
 
 bool AtModem::Private::switchRadioOn()
 {
-    AtReply reply = ask("AT+CFUN?", kQuery);
+    AtReply reply = session.ask("AT+CFUN?", kQuery);
     const auto level = parseFunctionality(reply.lines);
     if (reply.isOk() && level && *level != 1)
-        reply = ask("AT+CFUN=1", kRadioOn);
-    return reply.isLost() ? failLost(reply) : true;
+        reply = session.ask("AT+CFUN=1", kRadioOn);
+    return reply.isLost() ? session.failLost(reply) : true;
 }
 
 bool AtModem::Private::waitForSim()
@@ -252,16 +341,16 @@ bool AtModem::Private::waitForSim()
     const QDeadlineTimer ready(kSimReady);
     const QDeadlineTimer appears(kSimAppears);
     for (;;) {
-        const AtReply reply = ask("AT+CPIN?", kCardQuery);
+        const AtReply reply = session.ask("AT+CPIN?", kCardQuery);
         if (reply.isLost())
-            return failLost(reply);
+            return session.failLost(reply);
         const AtSimState state = parseSimState(reply);
         if (state == AtSimState::Ready)
             return true;
         const bool isHopeless = state == AtSimState::PinNeeded || state == AtSimState::PukNeeded;
         const QDeadlineTimer &limit = state == AtSimState::Busy ? ready : appears;
         if (isHopeless || limit.hasExpired())
-            return fail(QString::fromLatin1(simText(state)));
+            return session.fail(AtError::Refused, QString::fromLatin1(simText(state)));
         if (!pause())
             return false;
     }
@@ -274,17 +363,18 @@ bool AtModem::Private::waitForRegistration(milliseconds longest)
         bool denied = false;
         for (const QByteArray &name :
             {QByteArray("+CREG"), QByteArray("+CGREG"), QByteArray("+CEREG")}) {
-            const AtReply reply = ask("AT" + name + '?', kQuery);
+            const AtReply reply = session.ask("AT" + name + '?', kQuery);
             if (reply.isLost())
-                return failLost(reply);
+                return session.failLost(reply);
             const auto registration = parseRegistration(name, reply.lines);
             if (registration && isRegistered(*registration))
                 return true;
             denied = denied || registration == AtRegistration::Denied;
         }
         if (limit.hasExpired())
-            return fail(denied ? QStringLiteral("The network refuses the SIM card.")
-                               : QStringLiteral("The modem finds no network."));
+            return session.fail(AtError::Refused,
+                denied ? QStringLiteral("The network refuses the SIM card.")
+                       : QStringLiteral("The modem finds no network."));
         if (!pause())
             return false;
     }
@@ -294,56 +384,39 @@ bool AtModem::Private::waitForRegistration(milliseconds longest)
 bool AtModem::Private::sendAll(const QList<QByteArray> &commands)
 {
     for (const QByteArray &command : commands) {
-        const AtReply reply = ask(command, kSetting);
+        const AtReply reply = session.ask(command, kSetting);
         if (reply.isLost())
-            return failLost(reply);
+            return session.failLost(reply);
     }
     return true;
 }
 
-AtReply AtModem::Private::ask(const QByteArray &command, milliseconds limit)
+bool AtModem::Private::chooseModemAlone()
 {
-    if (!channel) {
-        AtReply gone;
-        gone.status = AtReply::Status::PortGone;
-        return gone;
+    const AtDialect &dialect = *session.dialect;
+    AtReply reply;
+    reply.status = AtReply::Status::Error;
+    for (const QByteArray &command : dialect.modemOnlyCommands) {
+        reply = session.ask(command, kSetting);
+        if (reply.isOk())
+            return true;
+        if (reply.isLost())
+            return session.failLost(reply);
     }
-    AtReply reply = channel->send(command, limit);
-    if (reply.status == AtReply::Status::PortGone)
-        failLost(reply);
-    return reply;
+    if (!dialect.devicesCommand.isEmpty()) {
+        const AtReply devices = session.ask(dialect.devicesCommand + "=?", kQuery);
+        const auto choice = modemAlone(dialect.devicesCommand, devices.lines);
+        if (devices.isLost())
+            return session.failLost(devices);
+        if (choice)
+            reply = session.ask(*choice, kSetting);
+        if (reply.isOk())
+            return true;
+    }
+    return session.failAnswer(reply, QStringLiteral("The modem cannot be made a modem alone"));
 }
 
 bool AtModem::Private::pause()
 {
-    const AtReply reply = channel->waitUnsolicited(kAskAgain);
-    return reply.status == AtReply::Status::PortGone ? failLost(reply) : true;
-}
-
-bool AtModem::Private::fail(const QString &text)
-{
-    lastError = text;
-    qCDebug(AT_MODEM).noquote() << text;
-    return false;
-}
-
-// A port that has vanished is closed: there is nothing to be had from it.
-bool AtModem::Private::failLost(const AtReply &reply)
-{
-    const QString path = port.path();
-    if (reply.status != AtReply::Status::PortGone)
-        return fail(QStringLiteral("The modem on %1 no longer answers.").arg(path));
-    close();
-    if (isAborted())
-        return fail(QStringLiteral("The work with the modem on %1 was broken off.").arg(path));
-    return fail(
-        QStringLiteral("The modem on %1 has gone: its port was unplugged or hung up.").arg(path));
-}
-
-void AtModem::Private::close()
-{
-    channel.reset();
-    port.close();
-    dialect = nullptr;
-    identity = {};
+    return session.listen(kAskAgain).status != AtReply::Status::PortGone;
 }

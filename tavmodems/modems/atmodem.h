@@ -1,9 +1,14 @@
 #pragma once
 
+#include "aterror.h"
 #include "portlock.h"
 
+#include <QDateTime>
+#include <QList>
+#include <QMap>
 #include <QObject>
 #include <QString>
+#include <QVariant>
 
 #include <atomic>
 #include <chrono>
@@ -20,6 +25,16 @@ class AtModem : public QObject
     Q_DISABLE_COPY_MOVE(AtModem)
 
 public:
+    using Error = AtError;
+
+    /** A short message that was received, put together when it came in parts. */
+    struct SSms
+    {
+        QDateTime time; ///< by the service centre, with its zone; invalid when it does not tell
+        QString sender;
+        QString text; ///< an ellipsis stands for parts that are missing
+    };
+
     /** `lockDirectory` is where the lock files of serial ports lie. */
     explicit AtModem(QObject *parent = nullptr, const QString &lockDirectory = PortLock::DIRECTORY);
     ~AtModem() override;
@@ -47,9 +62,10 @@ public:
     QString gsmDialect() const;
     /** Maker and model as the modem tells them; empty while closed or when it does not tell. */
     QString modemName() const;
-    /** Why the last open(), reset() or beforeDial() failed: a sentence for the technician, else
-     * empty. */
+    /** Why the last call failed: a sentence for the technician, else empty. */
     QString lastError() const;
+    /** The same for programs. */
+    Error error() const;
 
     /**
      * Brings the modem into a known command state: stored profile, no echo, results as words,
@@ -66,6 +82,61 @@ public:
      * at once when no port is open.
      */
     void beforeDial();
+
+    /**
+     * The calls below ask for one thing each, best after reset(). Each is false, with the reason
+     * in lastError() and error() and its parameters as they were, when it came to nothing, and at
+     * once when no port is open.
+     */
+
+    /** Country and network code of the network that the modem is registered in, or else of the
+     * SIM card's own; 12 s at most. */
+    bool getMnc(int &mcc, int &mnc);
+
+    /** Location (or tracking) area code and cell identity, hexadecimal in capitals with at least
+     * four digits; 9 s at most. From then on the modem tells of a new cell unasked, up to
+     * beforeDial(). */
+    bool getGsmCells(QString &lac, QString &cid);
+
+    /**
+     * What the modem knows of itself, each key only when it does: "manufacturer", "model",
+     * "revision", "imei"; of the SIM card "imsi", "iccid", "simNumber"; "operator" (the name that
+     * the network gives itself), "registration" ("home", "roaming", "searching", "denied"...),
+     * "technology" ("GSM", "UMTS", "LTE", "5G"), all texts; and "gsmCells", a list that may be
+     * empty of maps with "lac" and "cid" as of getGsmCells() and "technology". Half a minute at
+     * most, 10 s when the modem has gone silent. What it asks for as getGsmCells() does has the
+     * same consequence.
+     */
+    bool getInfo(QMap<QString, QVariant> &info);
+
+    /**
+     * Asks the operator for the card's own telephone number: by a USSD code `phone`, 35 s at most,
+     * or by a message to the service number `phone`, behind which, after a blank, the text to
+     * send; its answer is awaited for a minute from then. The message stays on the modem.
+     */
+    bool requestSelfNumber(bool fromSms, const QString &phone, QString &number);
+
+    /** Sends a USSD code to the network and gives its answer, 35 s at most. When the answer is a
+     * menu, it is called off. */
+    bool sendUSSD(const QString &code, QString &answer);
+
+    /** The strength of the received signal in dBm, a negative number; 4 s at most. */
+    bool getSignalLevel(int &level);
+
+    /**
+     * Replaces `list` by all messages that the modem has received, the earliest first, and deletes
+     * those from the modem, after it has read them all. What cannot be read, was sent or is a
+     * status report stays. True once all are read: what then cannot be deleted comes again the
+     * next time, and lastError() tells. 40 s at most for reading, for each of the two stores that
+     * a modem may have, and 5 s to delete each.
+     */
+    bool takeMessages(QList<SSms> &list);
+    /** The same without deleting anything. The modem notes that they have been read. */
+    bool readMessages(QList<SSms> &list);
+
+    /** Makes a stick show only its modem, no drive or network card, from when it is plugged in
+     * again; 10 s at most. Refused for modems that have no command for it. */
+    bool toModemOnly();
 
     /** Closes the port and gives it free for other programs. */
     void close();

@@ -11,3 +11,6 @@
  * not know it.
  */
 std::optional<int> parseSignalLevel(const QList<QByteArray> &lines);
+
+/** The same from the answer to AT+CESQ (27.007 8.69), of whichever network the modem measures. */
+std::optional<int> parseExtendedSignalLevel(const QList<QByteArray> &lines);

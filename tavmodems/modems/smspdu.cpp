@@ -2,12 +2,16 @@
 
 #include "gsmcodec.h"
 
+#include <QRegularExpression>
+
 namespace {
 
 constexpr int kTypeOfNumber = 0x70;
 constexpr int kInternational = 0x10;
 constexpr int kAlphanumeric = 0x50;
 constexpr int kMostDigits = 20; // 9.1.2.5: an address field has at most 12 octets
+constexpr int kMostSeptets = 160; // of one message, 9.2.3.16
+constexpr int kMostOctets = 140;
 constexpr int kMostCentreOctets = 11; // 24.011 8.2.5.1
 
 // Ends the decoding of this PDU; never leaves this file.
@@ -56,6 +60,18 @@ QString digits(const QByteArray &octets, int count)
             text += QLatin1Char(DIGITS[digit]);
     }
     return text;
+}
+
+QByteArray semiOctets(const QByteArray &digits)
+{
+    const QByteArray values("0123456789*#");
+    QByteArray octets;
+    for (int i = 0; i < digits.size(); i += 2) {
+        const int low = values.indexOf(digits.at(i));
+        const int high = i + 1 < digits.size() ? values.indexOf(digits.at(i + 1)) : 15;
+        octets += static_cast<char>(high << 4 | low);
+    }
+    return octets;
 }
 
 QString number(int type, const QByteArray &octets, int count)
@@ -254,4 +270,29 @@ std::optional<SmsPdu> decodeSmsPdu(const QByteArray &octets, int tpduLength, QSt
             *error = bad.reason;
         return std::nullopt;
     }
+}
+
+std::optional<SmsSubmit> encodeSmsSubmit(const QString &recipient, const QString &text)
+{
+    static const QRegularExpression number(QStringLiteral("^\\+?[0-9*#]{1,20}$"));
+    if (!number.match(recipient).hasMatch())
+        return std::nullopt;
+    const bool isInternational = recipient.startsWith(QLatin1Char('+'));
+    const QByteArray digits = recipient.mid(isInternational ? 1 : 0).toLatin1();
+    const auto septets = gsmcodec::encoded(text);
+    const QByteArray wide = gsmcodec::toUcs2(text);
+    if (septets ? septets->size() > kMostSeptets : wide.size() > kMostOctets)
+        return std::nullopt;
+
+    QByteArray tpdu;
+    tpdu += char(0x01); // SMS-SUBMIT, no validity period, no status report
+    tpdu += char(0x00); // reference: the modem's
+    tpdu += static_cast<char>(digits.size());
+    tpdu += static_cast<char>(isInternational ? 0x91 : 0x81); // numbering plan of telephony
+    tpdu += semiOctets(digits);
+    tpdu += char(0x00); // protocol: plain short message
+    tpdu += septets ? char(0x00) : char(0x08); // 23.038 4: 7-bit or UCS2, no class
+    tpdu += static_cast<char>(septets ? septets->size() : wide.size());
+    tpdu += septets ? gsmcodec::packed(*septets) : wide;
+    return SmsSubmit{char(0x00) + tpdu, static_cast<int>(tpdu.size())};
 }

@@ -47,3 +47,16 @@ struct SmsPdu
  * tells what is wrong. A wrong time alone costs only the time.
  */
 std::optional<SmsPdu> decodeSmsPdu(const QByteArray &octets, int tpduLength, QString *error);
+
+/**
+ * A message to send as AT+CMGS takes it in PDU mode (3GPP TS 27.005 4.3): the modem's own service
+ * centre, then the TPDU, whose octets `tpduLength` counts. None when the recipient is no telephone
+ * number or the text does not fit one message (160 characters of the 7-bit alphabet, 70 of UCS2).
+ */
+struct SmsSubmit
+{
+    QByteArray octets;
+    int tpduLength = 0;
+};
+
+std::optional<SmsSubmit> encodeSmsSubmit(const QString &recipient, const QString &text);

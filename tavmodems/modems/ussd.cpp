@@ -109,6 +109,7 @@ struct Raw
     int status = 0;
     QByteArray text;
     int codingScheme = -1;
+    bool isWhole = true;
 };
 
 // What stands in the lines from `at`, the line of a +CUSD, to the next one; none when the text has
@@ -144,8 +145,11 @@ std::optional<Raw> rawAnswer(const QList<QByteArray> &lines, int at)
         if (match.hasMatch() && (!result || !match.captured(1).isEmpty())) {
             result = raw;
             result->text = text.left(match.capturedStart());
+            // Quotes within a text come in pairs: an odd one is not the last.
+            result->isWhole = result->text.count('"') % 2 == 0;
             if (!match.captured(1).isEmpty()) {
                 result->codingScheme = match.captured(1).toInt();
+                result->isWhole = true;
                 return result;
             }
         }
@@ -187,7 +191,7 @@ std::optional<UssdAnswer> parseUssdAnswer(const QList<QByteArray> &lines)
         if (!raw)
             continue;
         answer = UssdAnswer{static_cast<UssdAnswer::Status>(raw->status),
-            textOf(raw->text, raw->codingScheme).trimmed()};
+            textOf(raw->text, raw->codingScheme).trimmed(), raw->isWhole};
         if (!answer->text.isEmpty())
             break;
     }

@@ -27,6 +27,8 @@ struct UssdAnswer
 
     Status status = Status::Done;
     QString text;
+    /** Whether the end of the text is certain; else more of its lines may be under way. */
+    bool isWhole = true;
 
     /** Why there is no text, a sentence's end for people; empty when there is one. */
     QString error() const;

@@ -1,0 +1,13 @@
+#pragma once
+
+#include <QByteArray>
+#include <QList>
+
+#include <optional>
+
+/**
+ * The command that leaves a stick its modem and its control port alone, chosen from the answer to
+ * "AT^SETPORT=?" (Huawei): lines "^SETPORT:10: 4G MODEM", each the code of a device and its name.
+ * `command` is "AT^SETPORT". None when the modem port is not among them.
+ */
+std::optional<QByteArray> modemAlone(const QByteArray &command, const QList<QByteArray> &lines);

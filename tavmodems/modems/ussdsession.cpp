@@ -1,0 +1,114 @@
+#include "ussdsession.h"
+
+#include "atdialect.h"
+#include "atsession.h"
+#include "atunsolicited.h"
+#include "ussd.h"
+
+#include <QDeadlineTimer>
+
+using namespace std::chrono_literals;
+using std::chrono::milliseconds;
+
+namespace {
+
+constexpr milliseconds kSetting = 1s;
+constexpr milliseconds kAnswer = 30s; // from the command to the network's text
+// Silence after which a text that does not show its end is taken to have ended.
+constexpr milliseconds kQuiet = 300ms;
+
+// What a modem says to a text in a form that it does not take, 27.007 9.2.1: not a word about it,
+// not allowed, not supported, not text at all, wrong parameters, unknown.
+bool isAboutForm(const AtReply &reply)
+{
+    constexpr int CODES[] = {-1, 3, 4, 25, 50, 100};
+    return reply.status == AtReply::Status::Error
+        && std::find(std::begin(CODES), std::end(CODES), reply.errorCode) != std::end(CODES);
+}
+
+QList<QByteArray> without(const QList<QByteArray> &unsolicited, const QByteArray &command)
+{
+    QList<QByteArray> rest;
+    for (const QByteArray &line : unsolicited) {
+        if (!isUnsolicited(line, command))
+            rest << line;
+    }
+    return rest;
+}
+
+milliseconds remaining(const QDeadlineTimer &deadline)
+{
+    return milliseconds(deadline.remainingTime());
+}
+
+} // namespace
+
+bool UssdSession::request(const QString &code, QString &answer)
+{
+    const UssdForm own = m_session.dialect->ussdForm;
+    const UssdForm other = own == UssdForm::Plain ? UssdForm::PackedHex : UssdForm::Plain;
+    if (!m_session.isPlainCharset) {
+        // The text is in the character set of 27.007 5.5, which another program may have changed.
+        const AtReply reply = m_session.ask("AT+CSCS=\"GSM\"", kSetting);
+        if (reply.isLost())
+            return m_session.failLost(reply);
+        m_session.isPlainCharset = true;
+    }
+    bool isFormRefused = false;
+    bool isSendable = false;
+    for (const UssdForm form : {own, other}) {
+        const auto command = ussdCommand(code, form);
+        if (!command)
+            continue;
+        isSendable = true;
+        if (exchange(*command, answer, isFormRefused))
+            return true;
+        if (!isFormRefused)
+            return false;
+    }
+    if (isSendable)
+        return false; // the error is that of the last exchange
+    return m_session.fail(AtError::Refused,
+        code.isEmpty() ? QStringLiteral("There is no USSD code to send.")
+                       : QStringLiteral("The USSD code %1 cannot be sent.").arg(code));
+}
+
+bool UssdSession::exchange(const QByteArray &command, QString &answer, bool &isFormRefused)
+{
+    const QDeadlineTimer deadline(kAnswer);
+    const AtReply reply = m_session.ask(command, kAnswer);
+    isFormRefused = isAboutForm(reply);
+    if (!reply.isOk())
+        return m_session.failAnswer(reply, QStringLiteral("The USSD request was refused"));
+    // The network's text comes before the OK or behind it.
+    QList<QByteArray> lines = reply.lines + without(reply.unsolicited, command);
+    for (;;) {
+        const auto received = parseUssdAnswer(lines);
+        const bool isEnd = received && received->isWhole;
+        const AtReply more
+            = isEnd ? AtReply() : m_session.listen(received ? kQuiet : remaining(deadline));
+        if (more.status == AtReply::Status::PortGone)
+            return false;
+        lines += without(more.unsolicited, command);
+        if (more.isOk() && !deadline.hasExpired())
+            continue;
+        if (!received || received->status == UssdAnswer::Status::ReplyWanted)
+            callOff();
+        if (!received)
+            return m_session.fail(AtError::NoAnswer,
+                QStringLiteral("The network did not answer the USSD request in time."));
+        if (received->text.isEmpty()) {
+            const bool isLate = received->status == UssdAnswer::Status::NetworkTimeout;
+            return m_session.fail(isLate ? AtError::NoAnswer : AtError::Refused,
+                QStringLiteral("The USSD request came to nothing: %1.").arg(received->error()));
+        }
+        answer = received->text;
+        return true;
+    }
+}
+
+// Else the next code would be taken for the reply to this one's menu.
+void UssdSession::callOff()
+{
+    m_session.ask("AT+CUSD=2", kSetting);
+}
