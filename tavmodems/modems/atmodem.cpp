@@ -171,6 +171,17 @@ bool AtModem::getMnc(int &mcc, int &mnc)
     return true;
 }
 
+bool AtModem::getImei(QString &imei)
+{
+    if (!m_d->session.begin())
+        return false;
+    const auto number = NetworkQuery(m_d->session).imei();
+    if (!number)
+        return false;
+    imei = *number;
+    return true;
+}
+
 bool AtModem::getGsmCells(QString &lac, QString &cid)
 {
     if (!m_d->session.begin())

@@ -93,6 +93,9 @@ public:
      * SIM card's own; 12 s at most. */
     bool getMnc(int &mcc, int &mnc);
 
+    /** The modem's own serial number alone, 14 to 16 digits; 2 s at most. */
+    bool getImei(QString &imei);
+
     /** Location (or tracking) area code and cell identity, hexadecimal in capitals with at least
      * four digits; 9 s at most. From then on the modem tells of a new cell unasked, up to
      * beforeDial(). */

@@ -91,6 +91,16 @@ std::optional<MobileNetwork> NetworkQuery::network()
     return home;
 }
 
+std::optional<QString> NetworkQuery::imei()
+{
+    const AtReply reply = ask("AT+CGSN", kQuery);
+    const QByteArray imei = parseImei(reply.lines);
+    if (!imei.isEmpty())
+        return QString::fromLatin1(imei);
+    m_session.failAnswer(reply, QStringLiteral("The modem does not tell its serial number"));
+    return std::nullopt;
+}
+
 std::optional<AtCell> NetworkQuery::cell()
 {
     std::optional<AtCell> known;
@@ -138,7 +148,7 @@ std::optional<QMap<QString, QVariant>> NetworkQuery::info()
     put(facts, "model", m_session.identity.model);
     const QByteArray revisionCommand = "AT+CGMR";
     put(facts, "revision", parseIdentityText(revisionCommand, ask(revisionCommand, kQuery).lines));
-    put(facts, "imei", QString::fromLatin1(parseImei(ask("AT+CGSN", kQuery).lines)));
+    put(facts, "imei", imei().value_or(QString()));
     put(facts, "imsi", QString::fromLatin1(imsi()));
     put(facts, "iccid", QString::fromLatin1(iccid()));
     put(facts, "simNumber", parseOwnNumber(ask("AT+CNUM", kCardQuery).lines));
@@ -158,6 +168,7 @@ std::optional<QMap<QString, QVariant>> NetworkQuery::info()
         cells << cell;
     }
     facts.insert(QStringLiteral("gsmCells"), cells);
+    m_session.begin(); // what it does not tell is no failure
     return facts;
 }
 

@@ -26,6 +26,8 @@ public:
     /** The network that the modem is registered in, or else the one its SIM card is of; 12 s at
      * most. None with the session's error. */
     std::optional<MobileNetwork> network();
+    /** The modem's serial number, 2 s at most. None with the session's error. */
+    std::optional<QString> imei();
     /** The cell that the modem is registered in, 9 s at most. None with the session's error. */
     std::optional<AtCell> cell();
     /** The signal's strength in dBm, 4 s at most. None with the session's error. */
