@@ -11,6 +11,7 @@ namespace {
 constexpr int kTargetHeight = 48;
 constexpr int kButtonPadding = 16;
 constexpr int kScrollBarExtent = 32;
+constexpr int kCheckBoxExtent = 28;
 constexpr int kTextSize = 12; // points
 constexpr int kBoxEdge = 3;
 
@@ -58,8 +59,11 @@ QSize TouchStyle::sizeFromContents(
     case CT_PushButton:
         return (given + QSize(kButtonPadding, 0))
             .expandedTo(QSize(2 * kTargetHeight, kTargetHeight));
+    case CT_CheckBox:
     case CT_ComboBox:
+    case CT_ItemViewItem:
     case CT_LineEdit:
+    case CT_TabBarTab:
         return given.expandedTo(QSize(0, kTargetHeight));
     case CT_MenuItem: {
         const auto *item = qstyleoption_cast<const QStyleOptionMenuItem *>(option);
@@ -84,7 +88,13 @@ int TouchStyle::styleHint(StyleHint hint, const QStyleOption *option, const QWid
 int TouchStyle::pixelMetric(
     PixelMetric metric, const QStyleOption *option, const QWidget *widget) const
 {
-    if (metric == PM_ScrollBarExtent)
+    switch (metric) {
+    case PM_ScrollBarExtent:
         return kScrollBarExtent;
-    return QProxyStyle::pixelMetric(metric, option, widget);
+    case PM_IndicatorWidth:
+    case PM_IndicatorHeight:
+        return kCheckBoxExtent;
+    default:
+        return QProxyStyle::pixelMetric(metric, option, widget);
+    }
 }

@@ -2,9 +2,9 @@
 
 #include <QProxyStyle>
 
-/// Qt's own style with what a finger needs: push buttons and the rows of opened lists and menus at
-/// least 48 pixels high, scroll bars wide enough to be grabbed, and questions with an edge of their
-/// own. A style, not a style sheet: that would slow every widget down, the first window above all.
+/// Qt's own style with what a finger needs: whatever is pressed or typed into and the rows of lists
+/// and menus at least 48 pixels high, scroll bars wide enough to be grabbed, and questions with an
+/// edge of their own. A style, not a style sheet: that would slow every widget down, the first window above all.
 class TouchStyle : public QProxyStyle
 {
     Q_OBJECT
