@@ -19,7 +19,8 @@ QString folderOf(BuiltInFiles::Kind kind)
 
 } // namespace
 
-bool BuiltInFiles::read(Kind kind, const QString &nameOrPath, QByteArray *content, QString *error)
+bool BuiltInFiles::load(Kind kind, const QString &nameOrPath,
+    const std::function<bool(const QByteArray &content, QString *error)> &parse, QString *error)
 {
     const bool isPath
         = nameOrPath.contains(QLatin1Char('/')) || nameOrPath.endsWith(QLatin1String(".json"));
@@ -30,8 +31,13 @@ bool BuiltInFiles::read(Kind kind, const QString &nameOrPath, QByteArray *conten
                               .arg(nameOrPath, names(kind).join(QStringLiteral(", ")));
         return false;
     }
-    *content = file.readAll();
-    return true;
+    if (parse(file.readAll(), error))
+        return true;
+    *error
+        = QStringLiteral("%1 %2: %3")
+              .arg(kind == Kind::Scenario ? QStringLiteral("scenario") : QStringLiteral("profile"),
+                  nameOrPath, *error);
+    return false;
 }
 
 QStringList BuiltInFiles::names(Kind kind)

@@ -3,6 +3,7 @@
 #include <QByteArray>
 #include <QString>
 #include <QStringList>
+#include <functional>
 
 /// The scenarios and modem profiles that come with the program (kept in it as resources), and files
 /// that take their place: a word is the name of one that comes along, anything with a slash or
@@ -12,6 +13,9 @@ class BuiltInFiles
 public:
     enum class Kind { Scenario, Profile };
 
-    static bool read(Kind kind, const QString &nameOrPath, QByteArray *content, QString *error);
+    /// Hands a file's content to `parse`, whose error is told with the file's name.
+    static bool load(Kind kind, const QString &nameOrPath,
+        const std::function<bool(const QByteArray &content, QString *error)> &parse,
+        QString *error);
     static QStringList names(Kind kind);
 };

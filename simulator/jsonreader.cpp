@@ -1,6 +1,7 @@
 #include "jsonreader.h"
 
 #include <QJsonArray>
+#include <QJsonDocument>
 #include <algorithm>
 
 JsonReader::JsonReader(const QJsonValue &value, const QString &place, QString *error)
@@ -10,6 +11,18 @@ JsonReader::JsonReader(const QJsonValue &value, const QString &place, QString *e
 {
     if (!value.isObject())
         fail({}, QStringLiteral("must be an object"));
+}
+
+JsonReader JsonReader::ofFile(const QByteArray &json, QString *error)
+{
+    QJsonParseError jsonError{};
+    const QJsonDocument document = QJsonDocument::fromJson(json, &jsonError);
+    error->clear();
+    if (jsonError.error != QJsonParseError::NoError)
+        *error = QStringLiteral("not JSON: %1 at byte %2")
+                     .arg(jsonError.errorString())
+                     .arg(jsonError.offset);
+    return JsonReader(document.isObject() ? document.object() : QJsonValue(), {}, error);
 }
 
 QString JsonReader::placeOf(const QString &key) const

@@ -14,6 +14,8 @@ class JsonReader
 {
 public:
     JsonReader(const QJsonValue &value, const QString &place, QString *error);
+    /// Of a whole file; a syntax error is the first one to be kept. Empties the error before.
+    static JsonReader ofFile(const QByteArray &json, QString *error);
 
     bool has(const QString &key) const { return m_object.contains(key); }
     QString text(const QString &key, const QString &fallback = {});

@@ -3,8 +3,6 @@
 #include "builtinfiles.h"
 #include "jsonreader.h"
 
-#include <QJsonDocument>
-
 namespace {
 
 UsbIdentity readUsb(JsonReader reader)
@@ -58,27 +56,17 @@ QStringList ModemProfile::names()
 
 bool ModemProfile::load(const QString &nameOrPath, ModemProfile *profile, QString *error)
 {
-    QByteArray json;
-    if (!BuiltInFiles::read(BuiltInFiles::Kind::Profile, nameOrPath, &json, error))
-        return false;
-    if (parse(json, profile, error))
-        return true;
-    *error = QStringLiteral("profile %1: %2").arg(nameOrPath, *error);
-    return false;
+    return BuiltInFiles::load(
+        BuiltInFiles::Kind::Profile, nameOrPath,
+        [profile](const QByteArray &json, QString *parseError) {
+            return parse(json, profile, parseError);
+        },
+        error);
 }
 
 bool ModemProfile::parse(const QByteArray &json, ModemProfile *profile, QString *error)
 {
-    QJsonParseError jsonError{};
-    const QJsonDocument document = QJsonDocument::fromJson(json, &jsonError);
-    if (jsonError.error != QJsonParseError::NoError) {
-        *error = QStringLiteral("not JSON: %1 at byte %2")
-                     .arg(jsonError.errorString())
-                     .arg(jsonError.offset);
-        return false;
-    }
-    error->clear();
-    JsonReader reader(document.object(), {}, error);
+    JsonReader reader = JsonReader::ofFile(json, error);
     ModemProfile read;
     read.source = reader.text(QStringLiteral("source"));
     if (read.source.isEmpty())

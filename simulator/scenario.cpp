@@ -8,7 +8,6 @@
 #include "simulatedservice.h"
 
 #include <QDateTime>
-#include <QJsonDocument>
 
 namespace {
 
@@ -124,28 +123,17 @@ QMap<QString, ScenarioService> readServices(JsonReader reader)
 
 bool Scenario::load(const QString &nameOrPath, Scenario *scenario, QString *error)
 {
-    QByteArray json;
-    if (!BuiltInFiles::read(BuiltInFiles::Kind::Scenario, nameOrPath, &json, error))
-        return false;
-    if (parse(json, scenario, error))
-        return true;
-    *error = QStringLiteral("scenario %1: %2").arg(nameOrPath, *error);
-    return false;
+    return BuiltInFiles::load(
+        BuiltInFiles::Kind::Scenario, nameOrPath,
+        [scenario](const QByteArray &json, QString *parseError) {
+            return parse(json, scenario, parseError);
+        },
+        error);
 }
 
 bool Scenario::parse(const QByteArray &json, Scenario *scenario, QString *error)
 {
-    QJsonParseError jsonError{};
-    const QJsonDocument document = QJsonDocument::fromJson(json, &jsonError);
-    if (jsonError.error != QJsonParseError::NoError) {
-        *error = QStringLiteral("not JSON: %1 at byte %2")
-                     .arg(jsonError.errorString())
-                     .arg(jsonError.offset);
-        return false;
-    }
-    error->clear();
-    JsonReader reader(
-        document.isObject() ? QJsonValue(document.object()) : QJsonValue(), {}, error);
+    JsonReader reader = JsonReader::ofFile(json, error);
     Scenario read;
     QSet<QString> names;
     const QList<JsonReader> modems = reader.objects(QStringLiteral("modems"));

@@ -125,6 +125,8 @@ void TestScenario::badProfileIsRefusedWithItsPlace_data()
         return QByteArray(R"({"source": "a manual", "usb": {"vendorId": "1", "productId": "2"}, )")
             + inside + "}";
     };
+    QTest::newRow("no JSON") << QByteArray("{,}") << "not JSON: unterminated object at byte 2";
+    QTest::newRow("a list") << QByteArray("[]") << "the whole file: must be an object";
     QTest::newRow("answers from nowhere")
         << QByteArray("{}") << "source: must name where the answers come from";
     QTest::newRow("vendor not a number")
