@@ -21,6 +21,9 @@ UsbIdentity readUsb(JsonReader reader)
     usb.product = reader.text(QStringLiteral("product"));
     usb.serial = reader.text(QStringLiteral("serial"));
     usb.driver = reader.text(QStringLiteral("driver"), usb.driver);
+    const QMap<QString, QString> properties = reader.textMap(QStringLiteral("properties"));
+    for (auto it = properties.begin(); it != properties.end(); ++it)
+        usb.properties.insert(it.key(), it.value());
     reader.finish();
     return usb;
 }

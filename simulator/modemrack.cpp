@@ -29,6 +29,8 @@ void ModemRack::inThread(const QString &modem, Function function) const
 
 bool ModemRack::start(QString *error)
 {
+    if (!m_tree.mount(error))
+        return false;
     m_thread.start();
     int number = 1;
     int firstPort = 0;
@@ -39,7 +41,8 @@ bool ModemRack::start(QString *error)
         ScenarioModem modem = scenario;
         if (modem.imei.isEmpty())
             modem.imei = profile.imei;
-        auto *simulated = new SimulatedModem(modem, profile, number++, firstPort, m_journal);
+        auto *simulated
+            = new SimulatedModem(&m_tree, modem, profile, number++, firstPort, m_journal);
         simulated->moveToThread(&m_thread);
         m_modems.insert(modem.name, simulated);
         m_dataPorts.insert(modem.name,

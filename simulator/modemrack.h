@@ -1,5 +1,6 @@
 #pragma once
 
+#include "devicetree.h"
 #include "scenario.h"
 #include "threadcalls.h"
 
@@ -41,6 +42,7 @@ private:
 
     const QList<ScenarioModem> m_scenarios;
     Journal *const m_journal; // the machine's
+    DeviceTree m_tree;
     QThread m_thread;
     mutable ThreadCalls m_calls; // lives in the thread
     QMap<QString, SimulatedModem *> m_modems; // deleted when the thread has ended

@@ -91,12 +91,12 @@ bool PrivateFiles::setUp()
         return fail(QStringLiteral("making mounts private"));
     if (!mountFileSystem("tmpfs", QStringLiteral("/run"), "mode=755"))
         return fail(QStringLiteral("mounting a private /run"));
-    for (const char *directory : {"terminal/staging", "lock", "dbus", "udev/data", "network",
-             "terminal/home", "terminal/tmp", "user/0"})
+    for (const char *directory :
+        {"terminal/staging", "lock", "dbus", "network", "terminal/home", "terminal/tmp", "user/0"})
         makeDirectory(QStringLiteral("/run/") + QLatin1String(directory));
     chmod("/run/user/0", 0700);
     chmod("/run/lock", 01777);
-    if (!mountDev() || !mountSys())
+    if (!mountDev())
         return false;
     if (mount("proc", "/proc", "proc", MS_NOSUID | MS_NODEV | MS_NOEXEC, nullptr) != 0)
         return fail(QStringLiteral("mounting a private /proc"));
@@ -129,27 +129,6 @@ bool PrivateFiles::mountDev()
     QFile::link(QStringLiteral("/proc/self/fd/2"), kStaging + QStringLiteral("/stderr"));
     if (mount(QFile::encodeName(kStaging).constData(), "/dev", nullptr, MS_MOVE, nullptr) != 0)
         return fail(QStringLiteral("mounting a private /dev"));
-    return true;
-}
-
-bool PrivateFiles::mountSys()
-{
-    // The network's part is the real one, of the terminal's own network namespace. Where the
-    // machine hides its /sys (a container), it is left out.
-    const QString network = QStringLiteral("/run/terminal/sysfs");
-    makeDirectory(network);
-    const bool haveNetwork = mount("sysfs", QFile::encodeName(network).constData(), "sysfs",
-                                 MS_NOSUID | MS_NODEV | MS_NOEXEC | MS_RDONLY, nullptr)
-        == 0;
-    if (!mountFileSystem("tmpfs", QStringLiteral("/sys"), "mode=755"))
-        return fail(QStringLiteral("mounting a private /sys"));
-    makeDirectory(QStringLiteral("/sys/class"));
-    makeDirectory(QStringLiteral("/sys/bus"));
-    // Without it clients take udev for absent and do not listen for devices that come and go.
-    write(QStringLiteral("/run/udev/control"), {});
-    makeDirectory(QStringLiteral("/sys/devices"));
-    if (haveNetwork)
-        QFile::link(network + QStringLiteral("/class/net"), QStringLiteral("/sys/class/net"));
     return true;
 }
 

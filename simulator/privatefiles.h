@@ -2,7 +2,7 @@
 
 #include <QString>
 
-/// Gives the mount namespace it is called in the terminal's own /dev, /run, /sys, /proc, /etc,
+/// Gives the mount namespace it is called in the terminal's own /dev, /run, /proc, /etc,
 /// /var/log and /var/lib, so that what runs there finds the real layout and can write to it without
 /// touching the machine. The rest of the machine's files stays as it is: programs, build
 /// directories, the directory a program was started in, /tmp with the sockets of X servers.
@@ -19,7 +19,6 @@ public:
 
 private:
     bool mountDev();
-    bool mountSys();
     bool makePrivate(const QString &directory);
     bool fillEtc();
     bool copyPppSettings();

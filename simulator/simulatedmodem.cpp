@@ -25,11 +25,12 @@ UsbIdentity identityOf(const ModemProfile &profile, const ScenarioModem &scenari
 
 } // namespace
 
-SimulatedModem::SimulatedModem(const ScenarioModem &scenario, const ModemProfile &profile,
-    int number, int firstPort, Journal *journal)
+SimulatedModem::SimulatedModem(DeviceTree *tree, const ScenarioModem &scenario,
+    const ModemProfile &profile, int number, int firstPort, Journal *journal)
     : m_state(profile, scenario)
     , m_journal(journal)
-    , m_usb(number, identityOf(profile, scenario), portNumbers(firstPort, profile.ports.size()))
+    , m_usb(
+          tree, number, identityOf(profile, scenario), portNumbers(firstPort, profile.ports.size()))
     , m_babble(this)
 {
     for (int i = 0; i < profile.ports.size(); ++i)

@@ -8,6 +8,7 @@
 #include <QTimer>
 
 class AtInterpreter;
+class DeviceTree;
 class Journal;
 class PppPeer;
 class SerialLine;
@@ -22,8 +23,8 @@ class SimulatedModem : public QObject
 
 public:
     /// `number` is its USB port, from 1; its serial ports are ttyUSB`firstPort` and up.
-    SimulatedModem(const ScenarioModem &scenario, const ModemProfile &profile, int number,
-        int firstPort, Journal *journal);
+    SimulatedModem(DeviceTree *tree, const ScenarioModem &scenario, const ModemProfile &profile,
+        int number, int firstPort, Journal *journal);
     ~SimulatedModem() override;
 
     static QStringList faultNames();

@@ -61,8 +61,12 @@ bool UdevMonitor::announce(
     add("ACTION", action);
     add("SUBSYSTEM", subsystem);
     add("SEQNUM", QByteArray::number(++sequence));
-    for (const auto &property : properties)
+    QByteArray deviceType;
+    for (const auto &property : properties) {
         add(property.first, property.second);
+        if (property.first == "DEVTYPE")
+            deviceType = property.second;
+    }
 
     Header header{};
     std::memcpy(header.prefix, "libudev", sizeof header.prefix);
@@ -71,6 +75,8 @@ bool UdevMonitor::announce(
     header.propertiesOffset = sizeof header;
     header.propertiesSize = static_cast<quint32>(body.size());
     header.subsystemHash = qToBigEndian(hashOf(subsystem));
+    if (!deviceType.isEmpty())
+        header.deviceTypeHash = qToBigEndian(hashOf(deviceType));
 
     const int socket = ::socket(AF_NETLINK, SOCK_RAW | SOCK_CLOEXEC, NETLINK_KOBJECT_UEVENT);
     if (socket < 0)

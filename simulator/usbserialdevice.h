@@ -1,7 +1,9 @@
 #pragma once
 
+#include <QMap>
 #include <QString>
-#include <QStringList>
+
+class DeviceTree;
 
 /// How a USB serial device shows itself to whoever lists ports.
 struct UsbIdentity
@@ -12,27 +14,27 @@ struct UsbIdentity
     QString product;
     QString serial;
     QString driver = QStringLiteral("option");
+    /// What else udev's rules would say of its ports; this one is ModemManager's for every tty.
+    QMap<QString, QString> properties{{QStringLiteral("ID_MM_CANDIDATE"), QStringLiteral("1")}};
 };
 
-/// The part of /sys and of udev's database that describes one USB device with serial ports, as the
-/// kernel and udev lay it out (Documentation/ABI of the kernel; sd-device), in a /sys that is the
-/// terminal's own. libudev shows it to every client once SYSTEMD_DEVICE_VERIFY_SYSFS=0 tells it
-/// that /sys need not be the kernel's.
+/// One USB device with serial ports in the terminal's device tree, as the kernel and udev lay it
+/// out (Documentation/ABI of the kernel; sd-device).
 class UsbSerialDevice
 {
 public:
     /// `number` is the USB port it is plugged into, from 1; `portNumbers` are those of ttyUSB*.
-    UsbSerialDevice(int number, UsbIdentity identity, QList<int> portNumbers);
+    UsbSerialDevice(DeviceTree *tree, int number, UsbIdentity identity, QList<int> portNumbers);
 
     bool plug();
     void unplug();
 
 private:
     bool addPort(int interface, int portNumber);
-    void announce(const char *action) const;
 
+    DeviceTree *const m_tree; // the rack's
     const int m_number;
     const UsbIdentity m_identity;
     const QList<int> m_ports;
-    const QString m_path; // of the device, below /sys
+    QByteArray m_path; // while it is plugged
 };

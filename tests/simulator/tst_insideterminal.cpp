@@ -18,6 +18,7 @@
 #include <QTcpSocket>
 #include <QTest>
 #include <csignal>
+#include <sys/sysmacros.h>
 
 namespace {
 
@@ -69,6 +70,27 @@ QMap<QString, QSerialPortInfo> portsByName()
     return ports;
 }
 
+template <typename Function>
+Function *udevCall(const char *name)
+{
+    return reinterpret_cast<Function *>(
+        QLibrary::resolve(QStringLiteral("udev"), QStringLiteral("1"), name));
+}
+
+class UdevContext
+{
+    Q_DISABLE_COPY_MOVE(UdevContext)
+
+public:
+    UdevContext() = default;
+    ~UdevContext() { udevCall<void *(void *)>("udev_unref")(m_context); }
+
+    void *get() const { return m_context; }
+
+private:
+    void *const m_context = udevCall<void *()>("udev_new")();
+};
+
 bool pageAnswers(const QString &host, quint16 port)
 {
     QTcpSocket socket;
@@ -107,7 +129,9 @@ private slots:
     void modemAnswersWhileTheBusIsStopped();
     void pulledModemEndsTheRead();
     void pulledModemLeavesTheList();
+    void whoListensHearsOfUnplugAndPlug_data();
     void whoListensHearsOfUnplugAndPlug();
+    void udevKnowsThePort();
     void clientThatNobodyHereWrote_data();
     void clientThatNobodyHereWrote();
     void modemIsPulledOnACommand();
@@ -352,44 +376,90 @@ void TestInsideTerminal::pulledModemLeavesTheList()
     QVERIFY(modem.ask("AT").endsWith("\r\nOK\r\n"));
 }
 
+void TestInsideTerminal::whoListensHearsOfUnplugAndPlug_data()
+{
+    QTest::addColumn<QByteArray>("subsystem");
+    QTest::addColumn<QByteArray>("deviceType");
+    QTest::addColumn<QByteArray>("property");
+    QTest::addColumn<QByteArray>("value");
+    QTest::newRow("port") << QByteArray("tty") << QByteArray() << QByteArray("DEVNAME")
+                          << QByteArray("/dev/ttyUSB6");
+    QTest::newRow("device") << QByteArray("usb") << QByteArray("usb_device")
+                            << QByteArray("DEVPATH")
+                            << QByteArray("/devices/pci0000:00/0000:00:14.0/usb1/1-3");
+}
+
 void TestInsideTerminal::whoListensHearsOfUnplugAndPlug()
 {
-    QLibrary udev(QStringLiteral("udev"), 1);
-    const auto newContext = reinterpret_cast<void *(*)()>(udev.resolve("udev_new"));
-    const auto newMonitor = reinterpret_cast<void *(*)(void *, const char *)>(
-        udev.resolve("udev_monitor_new_from_netlink"));
-    const auto filter = reinterpret_cast<int (*)(void *, const char *, const char *)>(
-        udev.resolve("udev_monitor_filter_add_match_subsystem_devtype"));
-    const auto enable
-        = reinterpret_cast<int (*)(void *)>(udev.resolve("udev_monitor_enable_receiving"));
-    const auto receive
-        = reinterpret_cast<void *(*)(void *)>(udev.resolve("udev_monitor_receive_device"));
-    const auto action
-        = reinterpret_cast<const char *(*)(void *)>(udev.resolve("udev_device_get_action"));
-    const auto node
-        = reinterpret_cast<const char *(*)(void *)>(udev.resolve("udev_device_get_devnode"));
-    const auto dropDevice = reinterpret_cast<void *(*)(void *)>(udev.resolve("udev_device_unref"));
-    const auto dropMonitor
-        = reinterpret_cast<void *(*)(void *)>(udev.resolve("udev_monitor_unref"));
-    const auto dropContext = reinterpret_cast<void *(*)(void *)>(udev.resolve("udev_unref"));
-    QVERIFY(newContext && newMonitor && filter && enable && receive && action && node && dropDevice
-        && dropMonitor && dropContext);
+    QFETCH(QByteArray, subsystem);
+    QFETCH(QByteArray, deviceType);
+    QFETCH(QByteArray, property);
+    QFETCH(QByteArray, value);
+    const auto newMonitor = udevCall<void *(void *, const char *)>("udev_monitor_new_from_netlink");
+    const auto filter = udevCall<int(void *, const char *, const char *)>(
+        "udev_monitor_filter_add_match_subsystem_devtype");
+    const auto enable = udevCall<int(void *)>("udev_monitor_enable_receiving");
+    const auto receive = udevCall<void *(void *)>("udev_monitor_receive_device");
+    const auto action = udevCall<const char *(void *)>("udev_device_get_action");
+    const auto propertyOf
+        = udevCall<const char *(void *, const char *)>("udev_device_get_property_value");
+    const auto dropDevice = udevCall<void *(void *)>("udev_device_unref");
+    const auto dropMonitor = udevCall<void *(void *)>("udev_monitor_unref");
+    const UdevContext context;
+    QVERIFY(newMonitor && filter && enable && receive && action && propertyOf && dropDevice
+        && dropMonitor);
 
-    void *const context = newContext();
-    void *const monitor = newMonitor(context, "udev");
+    void *const monitor = newMonitor(context.get(), "udev");
     QVERIFY(monitor != nullptr);
-    QCOMPARE(filter(monitor, "tty", nullptr), 0);
+    QCOMPARE(filter(monitor, subsystem.constData(),
+                 deviceType.isEmpty() ? nullptr : deviceType.constData()),
+        0);
     QCOMPARE(enable(monitor), 0);
     m_terminal.unplug(kSimcom).waitForFinished();
     m_terminal.plug(kSimcom).waitForFinished();
     QList<QByteArray> heard;
     while (void *const device = receive(monitor)) {
-        heard.append(QByteArray(action(device)) + ' ' + node(device));
+        heard.append(QByteArray(action(device)) + ' ' + propertyOf(device, property.constData()));
         dropDevice(device);
     }
     dropMonitor(monitor);
-    dropContext(context);
-    QCOMPARE(heard, QList<QByteArray>({"remove /dev/ttyUSB6", "add /dev/ttyUSB6"}));
+    QCOMPARE(heard, QList<QByteArray>({"remove " + value, "add " + value}));
+}
+
+void TestInsideTerminal::udevKnowsThePort()
+{
+    const auto byName = udevCall<void *(void *, const char *, const char *)>(
+        "udev_device_new_from_subsystem_sysname");
+    const auto byNumber = udevCall<void *(void *, char, dev_t)>("udev_device_new_from_devnum");
+    const auto isInitialized = udevCall<int(void *)>("udev_device_get_is_initialized");
+    const auto propertyOf
+        = udevCall<const char *(void *, const char *)>("udev_device_get_property_value");
+    const auto attributeOf
+        = udevCall<const char *(void *, const char *)>("udev_device_get_sysattr_value");
+    const auto driver = udevCall<const char *(void *)>("udev_device_get_driver");
+    const auto parent = udevCall<void *(void *)>("udev_device_get_parent");
+    const auto usbDevice = udevCall<void *(void *, const char *, const char *)>(
+        "udev_device_get_parent_with_subsystem_devtype");
+    const auto dropDevice = udevCall<void *(void *)>("udev_device_unref");
+    const UdevContext context;
+    QVERIFY(byName && byNumber && isInitialized && propertyOf && attributeOf && driver && parent
+        && usbDevice && dropDevice);
+
+    void *const port = byName(context.get(), "tty", "ttyUSB9");
+    QVERIFY(port != nullptr);
+    QCOMPARE(isInitialized(port), 1);
+    QCOMPARE(propertyOf(port, "ID_USB_INTERFACE_NUM"), "02");
+    QCOMPARE(propertyOf(port, "ID_MM_CANDIDATE"), "1");
+    QCOMPARE(driver(parent(port)), "option");
+    void *const device = usbDevice(port, "usb", "usb_device");
+    QVERIFY(device != nullptr);
+    QCOMPARE(attributeOf(device, "manufacturer"), "Quectel");
+    QCOMPARE(attributeOf(device, "idProduct"), "0125");
+    dropDevice(port); // its parents with it
+    void *const samePort = byNumber(context.get(), 'c', makedev(188, 9));
+    QVERIFY(samePort != nullptr);
+    QCOMPARE(propertyOf(samePort, "DEVNAME"), "/dev/ttyUSB9");
+    dropDevice(samePort);
 }
 
 void TestInsideTerminal::clientThatNobodyHereWrote_data()

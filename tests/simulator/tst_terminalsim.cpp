@@ -117,6 +117,7 @@ private slots:
     void portInUseIsTold();
     void withoutNamespacesItSaysWhatToDo();
     void sudoJustRuns();
+    void modemShowsWhatItsProfileSays();
     void helpIsNoError();
 };
 
@@ -357,6 +358,41 @@ void TestTerminalSim::sudoJustRuns()
         = run(shell(QStringLiteral("sudo -n -u root echo 'a  b' && sudo -- sh -c 'exit 5'")));
     QCOMPARE(outcome.status, 5);
     QCOMPARE(outcome.out, QByteArray("a  b\n"));
+}
+
+// Read as files, by a program that has nothing of the environment it was started in.
+void TestTerminalSim::modemShowsWhatItsProfileSays()
+{
+    const QTemporaryDir directory;
+    const auto write = [&directory](const QString &name, const QByteArray &text) {
+        QFile file(directory.filePath(name));
+        return file.open(QIODevice::WriteOnly) && file.write(text) == text.size();
+    };
+    QVERIFY(write(QStringLiteral("profile.json"),
+        R"({"source": "this test", "ports": ["control", "data"],
+            "usb": {"vendorId": "0bad", "productId": "cafe", "vendor": "Modems, Sons & Co.",
+                    "product": "3G  \"Stick\"", "driver": "cdc_acm",
+                    "properties": {"ID_MM_DEVICE_IGNORE": "1", "ID_MM_CANDIDATE": "0",
+                                   "ID_NOTE": "two, three = four"}}})"));
+    QVERIFY(write(QStringLiteral("scenario.json"),
+        R"({"modems": [{"name": "gsm1", "imei": "350000000000006", "profile": ")"
+            + QFile::encodeName(directory.filePath(QStringLiteral("profile.json"))) + "\"}]}"));
+    const Outcome outcome = run(QStringList{QStringLiteral("--scenario"),
+                                    directory.filePath(QStringLiteral("scenario.json"))}
+        + shell(QStringLiteral(
+            "exec env -i /bin/sh -c 'cd /sys/class/tty/ttyUSB1/device && "
+            "readlink driver && cat ../../manufacturer && echo && cat ../../product && echo && "
+            "cat ../../serial && echo && cat tty/ttyUSB1/uevent'")));
+    QCOMPARE(outcome.error, QByteArray());
+    const QList<QByteArray> lines = outcome.out.split('\n');
+    QCOMPARE(lines.mid(0, 4),
+        QList<QByteArray>({"/sys/bus/usb-serial/drivers/cdc_acm", "Modems, Sons & Co.",
+            "3G  \"Stick\"", "350000000000006"}));
+    for (const char *property : {"DEVNAME=ttyUSB1", "ID_VENDOR=Modems__Sons___Co.",
+             "ID_MODEL=3G___Stick_", "ID_USB_INTERFACE_NUM=01", "ID_MM_DEVICE_IGNORE=1",
+             "ID_MM_CANDIDATE=0", "ID_NOTE=two, three = four"})
+        QVERIFY2(lines.contains(property), property);
+    QVERIFY(!lines.contains("ID_MM_CANDIDATE=1"));
 }
 
 void TestTerminalSim::helpIsNoError()

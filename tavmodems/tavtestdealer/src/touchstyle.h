@@ -4,7 +4,8 @@
 
 /// Qt's own style with what a finger needs: whatever is pressed or typed into and the rows of lists
 /// and menus at least 48 pixels high, scroll bars wide enough to be grabbed, and questions with an
-/// edge of their own. A style, not a style sheet: that would slow every widget down, the first window above all.
+/// edge of their own. A style, not a style sheet: that would slow every widget down, the first
+/// window above all.
 class TouchStyle : public QProxyStyle
 {
     Q_OBJECT
