@@ -120,7 +120,7 @@ void AtInterpreter::receiveInCommand(char character)
         if (character == kCtrlZ || character == kEscapeKey) {
             m_mode = Mode::Command;
             const QByteArray text = std::exchange(m_smsText, {}).replace('\r', '\n');
-            answer(character == kCtrlZ ? m_commands.sendSms(text.trimmed()) : AtReply::ok());
+            answer(character == kCtrlZ ? m_commands.sendSms(text.trimmed()) : CommandReply::ok());
         } else if (m_smsText.size() < kLongestLine) {
             m_smsText.append(character);
         }
@@ -214,7 +214,7 @@ void AtInterpreter::nextCommand()
 {
     m_current = takeCommand();
     bool handled = m_current.isEmpty();
-    AtReply reply = handled ? AtReply::ok() : registers(m_current, &handled);
+    CommandReply reply = handled ? CommandReply::ok() : registers(m_current, &handled);
     if (!handled)
         reply = m_commands.execute(m_current);
     m_dueReply = reply;
@@ -223,7 +223,7 @@ void AtInterpreter::nextCommand()
 }
 
 // The commands that are about the conversation itself.
-AtReply AtInterpreter::registers(const QByteArray &command, bool *handled)
+CommandReply AtInterpreter::registers(const QByteArray &command, bool *handled)
 {
     *handled = true;
     const char first = command.at(0);
@@ -231,22 +231,22 @@ AtReply AtInterpreter::registers(const QByteArray &command, bool *handled)
     const bool isSwitch = rest.isEmpty() || rest == "0" || rest == "1";
     if (first == 'E' || first == 'V' || first == 'Q') {
         if (!isSwitch)
-            return AtReply::error();
+            return CommandReply::error();
         (first == 'E' ? m_echo : first == 'V' ? m_verbose : m_quiet) = rest == "1";
-        return AtReply::ok();
+        return CommandReply::ok();
     }
     if (command == "Z" || command == "Z0" || command == "&F" || command == "&F0") {
         m_echo = m_verbose = true;
         m_quiet = false;
-        return AtReply::ok();
+        return CommandReply::ok();
     }
     if (first == 'H' && isSwitch) {
         if (std::exchange(m_inCall, false))
             emit callDropped();
-        return AtReply::ok();
+        return CommandReply::ok();
     }
     if (command == "O" || command == "O0") {
-        AtReply reply = AtReply::failed(m_inCall ? "CONNECT" : "NO CARRIER");
+        CommandReply reply = CommandReply::failed(m_inCall ? "CONNECT" : "NO CARRIER");
         return reply;
     }
     if (first == 'S') {
@@ -254,33 +254,34 @@ AtReply AtInterpreter::registers(const QByteArray &command, bool *handled)
         const int number
             = command.mid(1, (sign < 0 ? command.size() : sign) - 1).replace('?', "").toInt();
         if (command.endsWith('?'))
-            return AtReply::ok(
+            return CommandReply::ok(
                 {QByteArray::number(m_registers.value(number)).rightJustified(3, '0')});
         if (sign < 0)
-            return AtReply::error();
+            return CommandReply::error();
         m_registers.insert(number, command.mid(sign + 1).toInt());
-        return AtReply::ok();
+        return CommandReply::ok();
     }
     *handled = false;
     return {};
 }
 
-void AtInterpreter::answer(const AtReply &reply)
+void AtInterpreter::answer(const CommandReply &reply)
 {
     switch (reply.kind) {
-    case AtReply::Kind::SmsText:
+    case CommandReply::Kind::SmsText:
         m_mode = Mode::SmsText;
         emit send("\r\n> ");
         return;
-    case AtReply::Kind::Dial:
+    case CommandReply::Kind::Dial:
         dial(m_current.mid(1));
         return;
-    case AtReply::Kind::Final:
+    case CommandReply::Kind::Final:
         break;
     }
     sendLines(reply.lines);
-    if (!reply.later.isEmpty()) {
-        QTimer::singleShot(reply.laterMs, this, [this, lines = reply.later] {
+    if (reply.later) {
+        QTimer::singleShot(reply.laterMs, this, [this, later = reply.later] {
+            const QList<QByteArray> lines = later();
             for (const QByteArray &line : lines)
                 notify(line);
         });

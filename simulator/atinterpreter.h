@@ -47,9 +47,9 @@ private:
     void startLine();
     void nextCommand();
     QByteArray takeCommand();
-    void answer(const AtReply &reply);
+    void answer(const CommandReply &reply);
     void finish(const QByteArray &result);
-    AtReply registers(const QByteArray &command, bool *handled);
+    CommandReply registers(const QByteArray &command, bool *handled);
     void dial(const QByteArray &number);
     void dialled();
     void sendLines(const QList<QByteArray> &lines);
@@ -73,7 +73,7 @@ private:
     bool m_busy = false;
     bool m_dialling = false;
     QTimer m_due; // the answer to m_current
-    AtReply m_dueReply;
+    CommandReply m_dueReply;
     QElapsedTimer m_silence; // since the last data
     QTimer m_escape; // guard time after +++
     QByteArray m_smsText;

@@ -34,15 +34,6 @@ char extensionOf(QChar character)
     return 0;
 }
 
-QByteArray swappedDigits(QByteArray digits, char filler)
-{
-    if (digits.size() % 2 != 0)
-        digits.append(filler);
-    for (int i = 0; i + 1 < digits.size(); i += 2)
-        std::swap(digits.data()[i], digits.data()[i + 1]);
-    return QByteArray::fromHex(digits);
-}
-
 // 3GPP TS 23.040, 9.1.2.5: a name goes as packed septets, a number as digits.
 QByteArray address(const QString &text)
 {
@@ -70,7 +61,63 @@ QByteArray timeStamp(const QDateTime &time)
     return stamp;
 }
 
+// 3GPP TS 24.011, 8.2.5.1: here the length is that of octets.
+QByteArray centreAddress(const QString &number)
+{
+    if (number.isEmpty())
+        return QByteArray(1, '\0');
+    const QByteArray digits = address(number).mid(1);
+    return static_cast<char>(digits.size()) + digits;
+}
+
+QByteArray deliverTpdu(const Sms &sms)
+{
+    QByteArray header;
+    if (sms.parts > 1) {
+        header = QByteArray("\x05\x00\x03", 3) + static_cast<char>(sms.reference)
+            + static_cast<char>(sms.parts) + static_cast<char>(sms.part);
+    }
+    QByteArray pdu(1, header.isEmpty() ? '\x04' : '\x44');
+    pdu += address(sms.sender);
+    pdu += '\0';
+    const bool isData = sms.kind == Sms::Kind::Data;
+    pdu += isData ? '\x04' : sms.ucs2 ? '\x08' : '\0';
+    pdu += timeStamp(sms.time);
+    if (isData || sms.ucs2) {
+        const QByteArray body
+            = header + (isData ? sms.data : QByteArray::fromHex(toUcs2Hex(sms.text)));
+        pdu += static_cast<char>(body.size()) + body;
+    } else {
+        const QByteArray septets = toSeptets(sms.text);
+        const int headerSeptets = (header.size() * 8 + 6) / 7;
+        const int fillBits = headerSeptets * 7 - header.size() * 8;
+        pdu += static_cast<char>(headerSeptets + septets.size());
+        pdu += header + pack(septets, fillBits);
+    }
+    return pdu;
+}
+
+QByteArray reportTpdu(const Sms &sms)
+{
+    QByteArray pdu(1, '\x06');
+    pdu += static_cast<char>(sms.reference);
+    pdu += address(sms.sender);
+    pdu += timeStamp(sms.time); // of the message
+    pdu += timeStamp(sms.time.addSecs(5)); // of its delivery
+    pdu += '\0'; // received by the other side
+    return pdu;
+}
+
 } // namespace
+
+QByteArray swappedDigits(QByteArray digits, char filler)
+{
+    if (digits.size() % 2 != 0)
+        digits.append(filler);
+    for (int i = 0; i + 1 < digits.size(); i += 2)
+        std::swap(digits.data()[i], digits.data()[i + 1]);
+    return QByteArray::fromHex(digits);
+}
 
 bool isDefaultAlphabet(const QString &text)
 {
@@ -170,14 +217,17 @@ QStringList smsParts(const QString &text)
     if (plain ? toSeptets(text).size() <= 160 : text.size() <= 70)
         return {text};
     // With the header of 6 octets, 153 septets or 67 UCS2 characters are left; a character of the
-    // extension takes two septets and must not be cut.
+    // extension takes two septets and must not be cut, nor a surrogate pair.
     QStringList parts;
     QString part;
-    for (const QChar character : text) {
-        const QString longer = part + character;
+    for (int i = 0; i < text.size(); ++i) {
+        QString next(text.at(i));
+        if (text.at(i).isHighSurrogate() && i + 1 < text.size())
+            next += text.at(++i);
+        const QString longer = part + next;
         if (plain ? toSeptets(longer).size() > 153 : longer.size() > 67) {
             parts.append(part);
-            part = QString(character);
+            part = next;
         } else {
             part = longer;
         }
@@ -186,39 +236,22 @@ QStringList smsParts(const QString &text)
     return parts;
 }
 
-QByteArray deliverPdu(const Sms &sms)
+QByteArray storedPdu(const Sms &sms, const QString &centre)
 {
-    QByteArray header;
-    if (sms.parts > 1) {
-        header = QByteArray("\x05\x00\x03", 3) + static_cast<char>(sms.reference)
-            + static_cast<char>(sms.parts) + static_cast<char>(sms.part);
-    }
-    QByteArray pdu(1, '\0'); // the service centre is the card's own
-    pdu += header.isEmpty() ? '\x04' : '\x44';
-    pdu += address(sms.sender);
-    pdu += '\0';
-    pdu += sms.ucs2 ? '\x08' : '\0';
-    pdu += timeStamp(sms.time);
-    if (sms.ucs2) {
-        const QByteArray body = header + QByteArray::fromHex(toUcs2Hex(sms.text));
-        pdu += static_cast<char>(body.size()) + body;
-    } else {
-        const QByteArray septets = toSeptets(sms.text);
-        const int headerSeptets = (header.size() * 8 + 6) / 7;
-        const int fillBits = headerSeptets * 7 - header.size() * 8;
-        pdu += static_cast<char>(headerSeptets + septets.size());
-        pdu += header + pack(septets, fillBits);
-    }
-    return pdu.toHex().toUpper();
+    if (sms.kind == Sms::Kind::Raw)
+        return sms.data;
+    const QByteArray tpdu = sms.kind == Sms::Kind::Report ? reportTpdu(sms) : deliverTpdu(sms);
+    return (centreAddress(centre) + tpdu).toHex().toUpper();
 }
 
-bool readSubmitPdu(const QByteArray &hex, QString *destination, QString *text)
+bool readSubmitPdu(const QByteArray &hex, QString *destination, QString *text, int *octets)
 {
     const QByteArray pdu = QByteArray::fromHex(hex);
     const auto octet = [&pdu](int at) {
         return at >= 0 && at < pdu.size() ? static_cast<uchar>(pdu.at(at)) : 0;
     };
     int at = 1 + octet(0); // service centre
+    *octets = pdu.size() - at;
     const int first = octet(at);
     if (pdu.isEmpty() || (first & 0x03) != 0x01)
         return false;

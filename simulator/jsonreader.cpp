@@ -118,6 +118,26 @@ QStringList JsonReader::texts(const QString &key)
     return texts;
 }
 
+QList<int> JsonReader::numbers(const QString &key, int least, int most)
+{
+    QJsonValue value;
+    if (!take(key, &value))
+        return {};
+    const QJsonArray array = value.toArray();
+    QList<int> numbers;
+    for (const QJsonValue &item : array) {
+        const int number = item.toInt(least - 1);
+        if (number >= least && number <= most)
+            numbers.append(number);
+    }
+    if (!value.isArray() || numbers.size() != array.size()) {
+        fail(key,
+            QStringLiteral("must be a list of whole numbers from %1 to %2").arg(least).arg(most));
+        return {};
+    }
+    return numbers;
+}
+
 QMap<QString, QString> JsonReader::textMap(const QString &key)
 {
     QMap<QString, QString> map;

@@ -24,6 +24,7 @@ public:
     bool flag(const QString &key, bool fallback);
     int number(const QString &key, int fallback, int least, int most);
     QStringList texts(const QString &key);
+    QList<int> numbers(const QString &key, int least, int most);
     QMap<QString, QString> textMap(const QString &key);
     QMap<QString, int> numberMap(const QString &key, int least, int most);
     JsonReader object(const QString &key);

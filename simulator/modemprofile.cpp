@@ -28,7 +28,79 @@ UsbIdentity readUsb(JsonReader reader)
     return usb;
 }
 
+const QStringList &portRoles()
+{
+    static const QStringList roles{
+        QStringLiteral("data"), QStringLiteral("control"), QStringLiteral("diagnostic")};
+    return roles;
+}
+
+void checkPorts(JsonReader &reader, const QString &key, const QStringList &ports)
+{
+    for (const QString &port : ports) {
+        if (!portRoles().contains(port)) {
+            reader.fail(key,
+                QStringLiteral("\"%1\" is none of \"data\", \"control\", \"diagnostic\"")
+                    .arg(port));
+        }
+    }
+    if (ports.count(QStringLiteral("data")) != 1)
+        reader.fail(key, QStringLiteral("must have one \"data\" port"));
+}
+
+PortComposition readComposition(JsonReader reader)
+{
+    PortComposition composition;
+    composition.command = reader.text(QStringLiteral("command"));
+    composition.separator = reader.text(QStringLiteral("separator"), composition.separator);
+    composition.initial = reader.text(QStringLiteral("initial"));
+    JsonReader ports = reader.object(QStringLiteral("ports"));
+    for (const QString &value : ports.keys()) {
+        composition.ports.insert(value, ports.texts(value));
+        checkPorts(ports, value, composition.ports.value(value));
+    }
+    composition.roles = reader.textMap(QStringLiteral("roles"));
+    reader.finish();
+    return composition;
+}
+
+UssdCoding ussdCoding(JsonReader &reader, const QString &key)
+{
+    const QStringList words{
+        QStringLiteral("charset"), QStringLiteral("packed"), QStringLiteral("ucs2")};
+    static const QList<UssdCoding> forms{UssdCoding::Charset, UssdCoding::Packed, UssdCoding::Ucs2};
+    return forms.at(words.indexOf(reader.word(key, words)));
+}
+
+void readUssd(JsonReader reader, ModemProfile *profile)
+{
+    profile->ussdRequest = ussdCoding(reader, QStringLiteral("request"));
+    profile->ussdAnswer = ussdCoding(reader, QStringLiteral("answer"));
+    profile->ussdPrefix = reader.text(QStringLiteral("prefix"), profile->ussdPrefix);
+    profile->ussdCodingScheme = reader.flag(QStringLiteral("codingScheme"), true);
+    profile->ussdBeforeOk = reader.flag(QStringLiteral("beforeOk"), false);
+    reader.finish();
+}
+
+QStringList textsOr(JsonReader &reader, const QString &key, const QStringList &fallback)
+{
+    return reader.has(key) ? reader.texts(key) : fallback;
+}
+
 } // namespace
+
+QStringList PortComposition::portsOf(const QString &value) const
+{
+    if (ports.contains(value))
+        return ports.value(value);
+    QStringList found;
+    const QStringList codes = value.section(QLatin1Char(';'), 1).split(QLatin1Char(','));
+    for (const QString &code : codes) {
+        if (roles.contains(code))
+            found.append(roles.value(code));
+    }
+    return found;
+}
 
 ModemAnswer ModemAnswer::read(JsonReader &reader, const QString &key)
 {
@@ -45,6 +117,7 @@ ModemAnswer ModemAnswer::read(JsonReader &reader, const QString &key)
         answer.result = inner.text(QStringLiteral("result"), answer.result);
         answer.delayMs = inner.number(QStringLiteral("delayMs"), 0, 0, 600000);
         answer.needsSim = inner.flag(QStringLiteral("needsSim"), false);
+        answer.resets = inner.flag(QStringLiteral("resets"), false);
         answer.later = inner.texts(QStringLiteral("later"));
         answer.laterMs = inner.number(QStringLiteral("laterMs"), answer.laterMs, 0, 600000);
         inner.finish();
@@ -81,19 +154,24 @@ bool ModemProfile::parse(const QByteArray &json, ModemProfile *profile, QString 
     read.imei = reader.text(QStringLiteral("imei"));
     read.usb = readUsb(reader.object(QStringLiteral("usb")));
     read.ports = reader.texts(QStringLiteral("ports"));
-    for (const QString &port : qAsConst(read.ports)) {
-        if (port != QLatin1String("data") && port != QLatin1String("control")
-            && port != QLatin1String("diagnostic"))
-            reader.fail(QStringLiteral("ports"),
-                QStringLiteral("\"%1\" is none of \"data\", \"control\", \"diagnostic\"")
-                    .arg(port));
-    }
-    if (read.ports.count(QStringLiteral("data")) != 1)
-        reader.fail(QStringLiteral("ports"), QStringLiteral("must have one \"data\" port"));
+    checkPorts(reader, QStringLiteral("ports"), read.ports);
+    const QList<JsonReader> compositions = reader.objects(QStringLiteral("compositions"));
+    for (const JsonReader &composition : compositions)
+        read.compositions.append(readComposition(composition));
     read.connectText = reader.text(QStringLiteral("connectText"), read.connectText);
     read.accessTechnology = reader.number(QStringLiteral("accessTechnology"), 0, 0, 7);
     read.firstSmsIndex = reader.number(QStringLiteral("firstSmsIndex"), 1, 0, 1);
-    read.packedUssd = reader.flag(QStringLiteral("packedUssd"), false);
+    read.location
+        = reader.text(QStringLiteral("location"), QStringLiteral(",\"{lac:04X}\",\"{cid:04X}\""));
+    read.noLocation = reader.text(QStringLiteral("noLocation"));
+    read.ownNumber = reader.text(
+        QStringLiteral("ownNumber"), QStringLiteral("+CNUM: ,\"{number}\",{numberType}"));
+    read.noOwnNumber = reader.text(QStringLiteral("noOwnNumber"));
+    read.charsets = textsOr(reader, QStringLiteral("charsets"),
+        {QStringLiteral("GSM"), QStringLiteral("IRA"), QStringLiteral("UCS2")});
+    read.smsStores = textsOr(
+        reader, QStringLiteral("smsStores"), {QStringLiteral("SM"), QStringLiteral("ME")});
+    readUssd(reader.object(QStringLiteral("ussd")), &read);
     read.dialsAnyNumber = reader.flag(QStringLiteral("dialsAnyNumber"), false);
     read.resetReplugs = reader.flag(QStringLiteral("resetReplugs"), false);
     read.bootMs = reader.number(QStringLiteral("bootMs"), read.bootMs, 0, 60000);
@@ -101,7 +179,8 @@ bool ModemProfile::parse(const QByteArray &json, ModemProfile *profile, QString 
     const QList<JsonReader> periodic = reader.objects(QStringLiteral("periodicLines"));
     for (JsonReader line : periodic) {
         read.periodicLines.append({line.text(QStringLiteral("text")),
-            line.number(QStringLiteral("periodMs"), 1000, 10, 3600000)});
+            line.number(QStringLiteral("periodMs"), 1000, 10, 3600000),
+            line.text(QStringLiteral("stoppedBy")), line.text(QStringLiteral("startedBy"))});
         line.finish();
     }
     JsonReader answers = reader.object(QStringLiteral("answers"));

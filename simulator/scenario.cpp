@@ -2,6 +2,7 @@
 
 #include "builtinfiles.h"
 #include "busnames.h"
+#include "gsmtext.h"
 #include "jsonreader.h"
 #include "modemprofile.h"
 #include "simulatedmodem.h"
@@ -9,7 +10,36 @@
 
 #include <QDateTime>
 
+#include <algorithm>
+
 namespace {
+
+ScenarioSms readSms(JsonReader reader)
+{
+    ScenarioSms sms;
+    sms.sender = reader.text(QStringLiteral("sender"));
+    sms.time = reader.text(QStringLiteral("time"));
+    sms.text = reader.text(QStringLiteral("text"));
+    sms.order = reader.numbers(QStringLiteral("order"), 1, 255);
+    sms.data = reader.text(QStringLiteral("data"));
+    sms.report = reader.flag(QStringLiteral("report"), false);
+    sms.pdu = reader.text(QStringLiteral("pdu"));
+    sms.read = reader.flag(QStringLiteral("read"), false);
+    sms.store = reader.text(QStringLiteral("store"));
+    if (!sms.time.isEmpty() && !QDateTime::fromString(sms.time, Qt::ISODate).isValid())
+        reader.fail(
+            QStringLiteral("time"), QStringLiteral("must be like 2026-03-01T12:00:00+03:00"));
+    QList<int> sorted = sms.order;
+    std::sort(sorted.begin(), sorted.end());
+    const int parts = gsmtext::smsParts(sms.text).size();
+    for (int i = 0; i < sorted.size(); ++i) {
+        if (sorted.at(i) != i + 1 || sorted.size() != parts)
+            reader.fail(QStringLiteral("order"),
+                QStringLiteral("must name each of the %1 parts once").arg(parts));
+    }
+    reader.finish();
+    return sms;
+}
 
 ScenarioSim readSim(JsonReader reader)
 {
@@ -21,18 +51,14 @@ ScenarioSim readSim(JsonReader reader)
     sim.number = reader.text(QStringLiteral("number"));
     sim.ussd = reader.textMap(QStringLiteral("ussd"));
     sim.smsAnswers = reader.textMap(QStringLiteral("smsAnswers"));
+    sim.numberOnCard = reader.flag(QStringLiteral("numberOnCard"), true);
+    sim.balance = reader.text(QStringLiteral("balance"));
+    sim.smsCentre = reader.text(QStringLiteral("smsCentre"), sim.smsCentre);
+    sim.smsCapacity = reader.number(QStringLiteral("smsCapacity"), sim.smsCapacity, 0, 255);
+    sim.readyMs = reader.number(QStringLiteral("readyMs"), 0, 0, 600000);
     const QList<JsonReader> messages = reader.objects(QStringLiteral("sms"));
-    for (JsonReader message : messages) {
-        ScenarioSms sms;
-        sms.sender = message.text(QStringLiteral("sender"));
-        sms.time = message.text(QStringLiteral("time"));
-        sms.text = message.text(QStringLiteral("text"));
-        if (!sms.time.isEmpty() && !QDateTime::fromString(sms.time, Qt::ISODate).isValid())
-            message.fail(
-                QStringLiteral("time"), QStringLiteral("must be like 2026-03-01T12:00:00+03:00"));
-        message.finish();
-        sim.sms.append(sms);
-    }
+    for (const JsonReader &message : messages)
+        sim.sms.append(readSms(message));
     reader.finish();
     return sim;
 }
@@ -45,6 +71,9 @@ ScenarioNetwork readNetwork(JsonReader reader)
     network.mcc = reader.number(QStringLiteral("mcc"), network.mcc, 1, 999);
     network.mnc = reader.number(QStringLiteral("mnc"), network.mnc, 0, 999);
     network.name = reader.text(QStringLiteral("name"), network.name);
+    network.shortName = reader.text(QStringLiteral("shortName"), network.name.left(8).trimmed());
+    network.registerMs = reader.number(QStringLiteral("registerMs"), 0, 0, 600000);
+    network.answerMs = reader.number(QStringLiteral("answerMs"), network.answerMs, 0, 600000);
     network.lac = reader.text(QStringLiteral("lac"), network.lac);
     network.cid = reader.text(QStringLiteral("cid"), network.cid);
     network.rssi = reader.number(QStringLiteral("rssi"), network.rssi, 0, 99);

@@ -5,12 +5,18 @@
 #include <QString>
 #include <QStringList>
 
-/// One SMS that waits in a modem's memory, or that the network sends later.
+/// One SMS that waits in a modem's memory.
 struct ScenarioSms
 {
-    QString sender;
+    QString sender; ///< for a report: who the reported message went to
     QString time; ///< ISO 8601 with offset; empty = when the terminal came up
     QString text;
+    QList<int> order; ///< in which its parts (from 1) lie in the memory; empty = as they follow
+    QString data; ///< octets in hexadecimal instead of a text
+    bool report = false; ///< the status report of a message that was delivered
+    QString pdu; ///< as it stands in the memory, instead of all else
+    bool read = false;
+    QString store; ///< "SM", "ME"; empty = the profile's first
 };
 
 /// The SIM card of a modem and the account behind it.
@@ -20,10 +26,15 @@ struct ScenarioSim
     QString pin; ///< empty = not asked for
     QString imsi;
     QString iccid;
-    QString number; ///< kept on the card (+CNUM); empty = not kept
-    QMap<QString, QString> ussd; ///< code -> the network's answer
+    QString number; ///< the subscriber's own
+    bool numberOnCard = true; ///< AT+CNUM gives it
+    QString balance; ///< as {balance} in the texts of the network
+    QMap<QString, QString> ussd; ///< code -> the network's answer, or a "+CUSD: ..." or error line
     QMap<QString, QString> smsAnswers; ///< number -> text that comes back when it is written to
+    QString smsCentre = QStringLiteral("+79168999100");
+    int smsCapacity = 50; ///< of each memory
     QList<ScenarioSms> sms;
+    int readyMs = 0; ///< from power to a usable card
 };
 
 /// What a modem sees of the network.
@@ -34,9 +45,12 @@ struct ScenarioNetwork
     int mcc = 250;
     int mnc = 1;
     QString name = QStringLiteral("MTS RUS");
+    QString shortName; ///< at most 8 characters; empty = the beginning of the name
     QString lac = QStringLiteral("1F40");
     QString cid = QStringLiteral("0A1B2C3");
     int rssi = 18; ///< as +CSQ tells it: 0..31, 99 unknown
+    int registerMs = 0; ///< from power to registration
+    int answerMs = 300; ///< from a USSD request or SMS to the network's answer
     QString apn; ///< the only one that gets a connection; empty = any
 };
 

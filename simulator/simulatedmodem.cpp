@@ -15,6 +15,11 @@ QList<int> portNumbers(int first, int count)
     return numbers;
 }
 
+bool isCommand(const QString &line, const QString &command)
+{
+    return !command.isEmpty() && line.startsWith(command, Qt::CaseInsensitive);
+}
+
 UsbIdentity identityOf(const ModemProfile &profile, const ScenarioModem &scenario)
 {
     UsbIdentity identity = profile.usb;
@@ -189,6 +194,13 @@ void SimulatedModem::commandArrived(const QByteArray &line)
     const QString text = QString::fromLatin1(line);
     m_commands.append(text);
     m_journal->add(m_state.scenario.name + QStringLiteral(" < ") + text);
+    for (int i = 0; i < m_periodic.size(); ++i) {
+        const PeriodicLine &periodic = m_state.profile.periodicLines.at(i);
+        if (isCommand(text, periodic.stoppedBy))
+            m_periodic.at(i)->stop();
+        else if (isCommand(text, periodic.startedBy))
+            m_periodic.at(i)->start();
+    }
     if (m_unplugOn.isEmpty() || !line.toUpper().startsWith(m_unplugOn))
         return;
     m_unplugOn.clear();

@@ -1,87 +1,8 @@
-#include "atinterpreter.h"
+#include "conversation.h"
 #include "gsmtext.h"
-#include "modemstate.h"
 
 #include <QSignalSpy>
 #include <QTest>
-#include <memory>
-
-// One modem with one port; what it says is collected.
-class Conversation : public QObject
-{
-public:
-    explicit Conversation(
-        const ScenarioModem &scenario = {}, const QString &profileName = QStringLiteral("generic"))
-    {
-        ModemProfile profile;
-        QString error;
-        if (!ModemProfile::load(profileName, &profile, &error))
-            qFatal("%s", qPrintable(error));
-        ScenarioModem modem = scenario;
-        modem.latencyMs = scenario.latencyMs == 5 ? 0 : scenario.latencyMs;
-        modem.connectMs = scenario.connectMs == 200 ? 0 : scenario.connectMs;
-        if (modem.imei.isEmpty())
-            modem.imei = profile.imei;
-        state = std::make_unique<ModemState>(profile, modem);
-        port = std::make_unique<AtInterpreter>(state.get());
-        connect(port.get(), &AtInterpreter::send, this,
-            [this](const QByteArray &bytes) { said += bytes; });
-        port->receive("ATE0\r");
-        waitFor("OK");
-        said.clear();
-    }
-
-    bool waitFor(const QByteArray &text)
-    {
-        return QTest::qWaitFor([this, text] { return said.contains(text); }, 5000);
-    }
-
-    // Sends a line and gives everything up to its final result code.
-    QByteArray ask(const QByteArray &line)
-    {
-        said.clear();
-        port->receive(line + '\r');
-        const bool answered = QTest::qWaitFor(
-            [this] {
-                for (const char *result : {"\r\nOK\r\n", "\r\nERROR\r\n", " ERROR: ", "CONNECT",
-                         "\r\nNO ", "\r\nBUSY\r\n", "> "}) {
-                    if (said.contains(result))
-                        return true;
-                }
-                return false;
-            },
-            5000);
-        return answered ? said : "(no answer) " + said;
-    }
-
-    QByteArray said;
-    std::unique_ptr<ModemState> state;
-    std::unique_ptr<AtInterpreter> port;
-};
-
-namespace {
-
-QByteArray info(const QByteArray &text)
-{
-    return "\r\n" + text + "\r\n\r\nOK\r\n";
-}
-
-const QByteArray kOk = "\r\nOK\r\n";
-const QByteArray kError = "\r\nERROR\r\n";
-
-ScenarioModem withSim()
-{
-    ScenarioModem modem;
-    modem.sim.imsi = QStringLiteral("250011234567890");
-    modem.sim.iccid = QStringLiteral("8970101");
-    modem.sim.number = QStringLiteral("+79161234567");
-    modem.sim.ussd = {{QStringLiteral("*100#"), QStringLiteral("Balance: 150.50")},
-        {QStringLiteral("*101#"), QString::fromUtf8("Да")}};
-    modem.sim.smsAnswers = {{QStringLiteral("111"), QStringLiteral("Number 7")}};
-    return modem;
-}
-
-} // namespace
 
 class TestAtInterpreter : public QObject
 {
@@ -116,9 +37,6 @@ private slots:
     void withoutSim_data();
     void withoutSim();
     void errorsAsAsked();
-    void ussd();
-    void ussdInPackedSeptets();
-    void ussdInUcs2();
     void unknownUssdCode();
     void smsInTextMode();
     void smsInPduMode();
@@ -144,7 +62,7 @@ void TestAtInterpreter::basics_data()
     QTest::newRow("two in a row") << QByteArray("AT+CGMM;+CSQ")
                                   << QByteArray("\r\nGPRS Modem\r\n") + info("+CSQ: 18,99");
     QTest::newRow("blanks") << QByteArray("AT +CREG = 2 ; +CREG ?")
-                            << info("+CREG: 2,1,\"1F40\",\"0A1B2C3\"");
+                            << info("+CREG: 2,1,\"1f40\",\"00a1b2c3\"");
     QTest::newRow("registration") << QByteArray("AT+CREG?") << info("+CREG: 0,1");
     QTest::newRow("LTE registration of a GSM modem") << QByteArray("AT+CEREG?") << kError;
     QTest::newRow("operator") << QByteArray("AT+COPS?") << info("+COPS: 0,0,\"MTS RUS\"");
@@ -184,14 +102,25 @@ void TestAtInterpreter::family_data()
         "IMEI: 353142033840706\r\n+GCAP: +CGSM,+DS,+ES");
     row("huawei-e173", "AT^SYSINFO", "^SYSINFO:2,3,0,5,1,,4");
     row("huawei-e173", "AT^ICCID?", "^ICCID: 8970101");
-    row("huawei-e173", "AT+CREG=2;+CREG?", "+CREG: 2,1,\"1F40\",\"0A1B2C3\",2");
+    row("huawei-e173", "AT+CREG=2;+CREG?", "+CREG: 2,1,1F40,A1B2C3");
+    row("huawei-e173", "AT+CREG=2;+CFUN=4;+CREG?", "+CREG: 2,0,00,0");
+    row("huawei-e173", "AT+CNUM", "+CNUM: \"\",\"+79161234567\",145");
+    row("huawei-e173", "AT^U2DIAG?", "^U2DIAG: 255");
+    row("huawei-e173", "AT^U2DIAG=0;^U2DIAG?", "^U2DIAG: 0");
+    row("huawei-e173", "AT^SETPORT?", "^SETPORT:A1,A2;1,16,3,2,A1,A2");
     row("zte-mf180", "AT+CGMI", "ZTE INCORPORATED");
+    row("zte-mf180", "AT+CREG=2;+CREG?", "+CREG: 2,1,\"1F40\",\"A1B2C3\"");
+    row("zte-mf180", "AT+COPS?", "+COPS: 0,0,\"MTS RUS\",2");
     row("zte-mf180", "AT+ZPAS?", "+ZPAS: \"UMTS\",\"CS_PS\"");
     row("simcom-sim800", "AT+CGMM", "SIMCOM_SIM800");
     row("simcom-sim800", "ATI", "SIM800 R14.18");
     row("simcom-sim800", "AT+CCID", "8970101");
     row("quectel-ec25", "ATI", "Quectel\r\nEC25\r\nRevision: EC25EFAR06A03M4G");
     row("quectel-ec25", "AT+QCCID", "+QCCID: 8970101");
+    row("simcom-sim800", "AT+CREG=2;+CREG?", "+CREG: 2,1,\"1F40\",\"A1B2C3\"");
+    row("simcom-sim800", "AT+COPS?", "+COPS: 0,0,\"MTS RUS\"");
+    row("simcom-sim800", "AT+CNUM", "+CNUM: \"\",\"+79161234567\",145,7,4");
+    row("quectel-ec25", "AT+CREG=2;+CREG?", "+CREG: 2,1,\"1F40\",\"A1B2C3\",7");
     row("quectel-ec25", "AT+CEREG?", "+CEREG: 0,1");
     row("quectel-ec25", "AT+QNWINFO", "+QNWINFO: \"FDD LTE\",\"25001\",\"LTE BAND 3\",1300");
     row("generic", "AT+CGSN", "490154203237518");
@@ -513,33 +442,6 @@ void TestAtInterpreter::errorsAsAsked()
     QCOMPARE(modem.ask("AT+CIMI"), QByteArray("\r\n+CME ERROR: SIM not inserted\r\n"));
 }
 
-void TestAtInterpreter::ussd()
-{
-    Conversation modem(withSim());
-    QCOMPARE(modem.ask("AT+CUSD=1,\"*100#\",15"), kOk);
-    QVERIFY(modem.waitFor("\r\n+CUSD: 0,\"Balance: 150.50\",15\r\n"));
-    modem.ask("AT+CUSD=1,\"*101#\",15");
-    QVERIFY(modem.waitFor("\r\n+CUSD: 0,\"04140430\",72\r\n"));
-}
-
-void TestAtInterpreter::ussdInPackedSeptets()
-{
-    Conversation modem(withSim(), QStringLiteral("huawei-e173"));
-    QCOMPARE(modem.ask("AT+CUSD=1,\"AA180C3602\",15"), kOk);
-    QVERIFY(modem.waitFor("+CUSD: 0,"));
-    const QByteArray packed = modem.said.split('"').value(1);
-    QCOMPARE(gsmtext::fromSeptets(gsmtext::unpack(QByteArray::fromHex(packed), 15)),
-        QStringLiteral("Balance: 150.50"));
-}
-
-void TestAtInterpreter::ussdInUcs2()
-{
-    Conversation modem(withSim());
-    modem.ask("AT+CSCS=\"UCS2\"");
-    QCOMPARE(modem.ask("AT+CUSD=1,\"002A0031003000310023\",15"), kOk);
-    QVERIFY(modem.waitFor("\r\n+CUSD: 0,\"04140430\",72\r\n"));
-}
-
 void TestAtInterpreter::unknownUssdCode()
 {
     Conversation modem(withSim());
@@ -550,10 +452,8 @@ void TestAtInterpreter::unknownUssdCode()
 void TestAtInterpreter::smsInTextMode()
 {
     ScenarioModem scenario = withSim();
-    scenario.sim.sms = {{QStringLiteral("MTS"), QStringLiteral("2026-03-01T12:00:00+03:00"),
-                            QStringLiteral("Hello")},
-        {QStringLiteral("+7916"), QStringLiteral("2026-03-02T12:00:00+03:00"),
-            QString::fromUtf8("Да")}};
+    scenario.sim.sms = {waitingSms("MTS", "2026-03-01T12:00:00+03:00", "Hello"),
+        waitingSms("+7916", "2026-03-02T12:00:00+03:00", "Да")};
     Conversation modem(scenario);
     modem.ask("AT+CMGF=1");
     QCOMPARE(modem.ask("AT+CMGR=1"),
@@ -572,12 +472,12 @@ void TestAtInterpreter::smsInTextMode()
 void TestAtInterpreter::smsInPduMode()
 {
     ScenarioModem scenario = withSim();
-    scenario.sim.sms = {{QStringLiteral("MTS"), QStringLiteral("2026-03-01T12:00:00+03:00"),
-        QStringLiteral("Hello")}};
+    scenario.sim.sms = {waitingSms("MTS", "2026-03-01T12:00:00+03:00", "Hello")};
     Conversation modem(scenario);
-    const QByteArray pdu = gsmtext::deliverPdu(modem.state->sms.first());
+    const QByteArray pdu = gsmtext::storedPdu(
+        modem.state->smsStores.value("SM").first(), QStringLiteral("+79168999100"));
     QCOMPARE(modem.ask("AT+CMGL=4"),
-        info("+CMGL: 1,0,," + QByteArray::number(pdu.size() / 2 - 1) + "\r\n" + pdu));
+        info("+CMGL: 1,0,," + QByteArray::number(pdu.size() / 2 - 8) + "\r\n" + pdu));
 }
 
 void TestAtInterpreter::sendingAnSmsBringsTheAnswer()
@@ -601,7 +501,7 @@ void TestAtInterpreter::sendingIsGivenUpWithEscape()
     modem.port->receive("number\x1b");
     QVERIFY(modem.waitFor("OK"));
     QVERIFY(!modem.said.contains("+CMGS"));
-    QCOMPARE(modem.state->sms.size(), 0);
+    QCOMPARE(modem.state->smsStores.value("SM").size(), 0);
 }
 
 void TestAtInterpreter::resetIsAsked()

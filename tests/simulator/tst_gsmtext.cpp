@@ -83,7 +83,7 @@ void TestGsmText::deliverPdu()
     sms.text = text;
     sms.ucs2 = !gsmtext::isDefaultAlphabet(text);
     sms.time = QDateTime(QDate(2002, 8, 26), QTime(19, 37, 41), Qt::OffsetFromUTC, 20 * 3600);
-    QCOMPARE(gsmtext::deliverPdu(sms), pdu);
+    QCOMPARE(gsmtext::storedPdu(sms), pdu);
 }
 
 void TestGsmText::submitPdu_data()
@@ -114,11 +114,13 @@ void TestGsmText::submitPdu()
     QFETCH(bool, valid);
     QString destination;
     QString text;
-    QCOMPARE(gsmtext::readSubmitPdu(pdu, &destination, &text), valid);
+    int octets = 0;
+    QCOMPARE(gsmtext::readSubmitPdu(pdu, &destination, &text, &octets), valid);
     if (!valid)
         return;
     QTEST(destination, "destination");
     QTEST(text, "text");
+    QCOMPARE(octets, pdu.size() / 2 - 1);
 }
 
 void TestGsmText::longTextsAreCutIntoParts()
@@ -138,7 +140,7 @@ void TestGsmText::longTextsAreCutIntoParts()
     part.parts = 2;
     part.reference = 7;
     // The header flag, a header of six octets and one bit of filling before the text.
-    QCOMPARE(gsmtext::deliverPdu(part),
+    QCOMPARE(gsmtext::storedPdu(part),
         QByteArray("00440181F10000621020304050000905000307020"
                    "2C262"));
 }
