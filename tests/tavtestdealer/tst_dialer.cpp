@@ -49,6 +49,20 @@ protected:
     int processWait() const override { return 300; }
 };
 
+/// A dialer, what it logs and what it tells of its end.
+struct Dial
+{
+    explicit Dial(const QString &program)
+        : wvdial(nullptr, program)
+    {
+    }
+
+    LogCapture log{"dialup"};
+    Wvdial wvdial;
+    QSignalSpy down{&wvdial, &Wvdial::dialdowned};
+    QSignalSpy notStarted{&wvdial, &Wvdial::dialNotStarted};
+};
+
 const QString gsm1 = QStringLiteral("gsm1");
 
 } // namespace
@@ -95,21 +109,19 @@ private slots:
     {
         const FakeDialer dialer;
         configure(gsm1);
-        LogCapture log("dialup");
-        Wvdial wvdial(nullptr, dialer.program());
-        QSignalSpy down(&wvdial, &Wvdial::dialdowned);
-        wvdial.start(gsm1);
-        QVERIFY(down.wait());
+        Dial dial(dialer.program());
+        dial.wvdial.start(gsm1);
+        QVERIFY(dial.down.wait());
         const QString config = QStringLiteral("--config=") + TestModemsCfg::configPath();
         QCOMPARE(dialer.arguments(), QStringList({gsm1, config}));
         QCOMPARE(dialer.calls(), QStringList{QStringLiteral("killall pppd")});
-        QCOMPARE(log.lines.size(), 10);
-        QVERIFY(log.lines.at(2).startsWith(
+        QCOMPARE(dial.log.lines.size(), 10);
+        QVERIFY(dial.log.lines.at(2).startsWith(
             QStringLiteral("debug: The porg /dev/nowhere is not opened: ")));
-        QVERIFY(log.lines.at(2).size()
+        QVERIFY(dial.log.lines.at(2).size()
             > QStringLiteral("debug: The porg /dev/nowhere is not opened: ").size());
-        log.lines.removeAt(2);
-        QCOMPARE(log.lines,
+        dial.log.lines.removeAt(2);
+        QCOMPARE(dial.log.lines,
             QStringList({QStringLiteral("debug: gsm1"),
                 QStringLiteral("debug: Open port /dev/nowhere"), QStringLiteral("debug: ") + config,
                 QStringLiteral("debug: New wvdial state is 1"),
@@ -126,13 +138,11 @@ private slots:
         ScriptedModem modem;
         modem.start();
         configure({gsm1}, gsm1, modem.path());
-        LogCapture log("dialup");
-        Wvdial wvdial(nullptr, dialer.program());
-        QSignalSpy down(&wvdial, &Wvdial::dialdowned);
-        wvdial.start(gsm1);
+        Dial dial(dialer.program());
+        dial.wvdial.start(gsm1);
         QVERIFY(modem.commands().contains("ATZ"));
-        QVERIFY(down.wait());
-        const QStringList begin = log.lines.mid(0, 8);
+        QVERIFY(dial.down.wait());
+        const QStringList begin = dial.log.lines.mid(0, 8);
         QCOMPARE(begin.at(1), QStringLiteral("debug: Open port ") + modem.path());
         QVERIFY(begin.at(2).startsWith(QStringLiteral("debug: Modem name is ")));
         QVERIFY(begin.at(2).contains(QStringLiteral("E1550")));
@@ -143,7 +153,7 @@ private slots:
                     .hasMatch());
         QCOMPARE(begin.at(6), QStringLiteral("debug: Modem is closed"));
         QVERIFY(begin.at(7).startsWith(QStringLiteral("debug: --config=")));
-        QCOMPARE(log.count(QStringLiteral("debug: The porg")), 0);
+        QCOMPARE(dial.log.count(QStringLiteral("debug: The porg")), 0);
     }
 
     void modemLostInTheResetIsToldWithTheReason()
@@ -153,17 +163,15 @@ private slots:
         modem.hangUpOn = "ATZ";
         modem.start();
         configure({gsm1}, gsm1, modem.path());
-        const LogCapture log("dialup");
-        Wvdial wvdial(nullptr, dialer.program());
-        QSignalSpy down(&wvdial, &Wvdial::dialdowned);
-        wvdial.start(gsm1);
-        QVERIFY(down.wait());
-        const int reset = log.indexOf(QStringLiteral("debug: Modem reseted for "));
+        Dial dial(dialer.program());
+        dial.wvdial.start(gsm1);
+        QVERIFY(dial.down.wait());
+        const int reset = dial.log.indexOf(QStringLiteral("debug: Modem reseted for "));
         QVERIFY(reset > 0);
-        QCOMPARE(log.lines.at(reset + 1),
+        QCOMPARE(dial.log.lines.at(reset + 1),
             QStringLiteral("warning: The modem on %1 has gone: its port was unplugged or hung up.")
                 .arg(modem.path()));
-        QCOMPARE(log.lines.at(reset + 2), QStringLiteral("debug: Modem is closed"));
+        QCOMPARE(dial.log.lines.at(reset + 2), QStringLiteral("debug: Modem is closed"));
         QCOMPARE(dialer.arguments().size(), 2); // the dial goes on all the same
     }
 
@@ -190,26 +198,24 @@ private slots:
         };
         modem.start();
         configure({gsm1}, gsm1, modem.path(), configured);
-        Wvdial wvdial(nullptr, dialer.program());
-        QSignalSpy down(&wvdial, &Wvdial::dialdowned);
-        wvdial.start(gsm1);
+        Dial dial(dialer.program());
+        dial.wvdial.start(gsm1);
         QCOMPARE(speed.load(), used);
-        QVERIFY(down.wait());
+        QVERIFY(dial.down.wait());
     }
 
     void activeConnectionGoesFirst()
     {
         const FakeDialer dialer;
         configure({QStringLiteral("A"), QStringLiteral("B")}, QStringLiteral("A"));
-        Wvdial wvdial(nullptr, dialer.program());
-        QSignalSpy down(&wvdial, &Wvdial::dialdowned);
-        wvdial.start(QStringLiteral("B"));
-        QVERIFY(down.wait());
+        Dial dial(dialer.program());
+        dial.wvdial.start(QStringLiteral("B"));
+        QVERIFY(dial.down.wait());
         const QString config = QStringLiteral("--config=") + TestModemsCfg::configPath();
         QCOMPARE(dialer.arguments(),
             QStringList({QStringLiteral("A"), config, QStringLiteral("B"), config}));
-        QVERIFY(!down.wait(200));
-        QCOMPARE(down.count(), 1);
+        QVERIFY(!dial.down.wait(200));
+        QCOMPARE(dial.down.count(), 1);
         QCOMPARE(dialer.calls(), QStringList{QStringLiteral("killall pppd")});
     }
 
@@ -217,16 +223,15 @@ private slots:
     {
         const FakeDialer dialer;
         configure({QStringLiteral("A"), QStringLiteral("B")}, QStringLiteral("B"));
-        Wvdial wvdial(nullptr, dialer.program());
-        QSignalSpy down(&wvdial, &Wvdial::dialdowned);
-        wvdial.start(QStringLiteral("B"));
-        QVERIFY(down.wait());
-        QVERIFY(!down.wait(200));
+        Dial dial(dialer.program());
+        dial.wvdial.start(QStringLiteral("B"));
+        QVERIFY(dial.down.wait());
+        QVERIFY(!dial.down.wait(200));
         QCOMPARE(dialer.arguments().size(), 2);
         QCOMPARE(dialer.arguments().first(), QStringLiteral("B"));
         // And again: nothing is left of the first.
-        wvdial.start(QStringLiteral("B"));
-        QVERIFY(down.wait());
+        dial.wvdial.start(QStringLiteral("B"));
+        QVERIFY(dial.down.wait());
         QCOMPARE(dialer.arguments().size(), 4);
     }
 
@@ -251,16 +256,13 @@ private slots:
         QFETCH(QString, message);
         const FakeDialer dialer(script);
         configure(gsm1);
-        const LogCapture log("dialup");
-        Wvdial wvdial(nullptr, dialer.program());
-        QSignalSpy down(&wvdial, &Wvdial::dialdowned);
-        QSignalSpy notStarted(&wvdial, &Wvdial::dialNotStarted);
-        wvdial.start(gsm1);
-        QVERIFY(down.wait());
-        QCOMPARE(log.lines.last(), message);
-        QVERIFY(log.lines.at(log.lines.size() - 2)
+        Dial dial(dialer.program());
+        dial.wvdial.start(gsm1);
+        QVERIFY(dial.down.wait());
+        QCOMPARE(dial.log.lines.last(), message);
+        QVERIFY(dial.log.lines.at(dial.log.lines.size() - 2)
                     .startsWith(QStringLiteral("debug: WvDial finished with code ")));
-        QVERIFY(!notStarted.wait(100));
+        QVERIFY(!dial.notStarted.wait(100));
     }
 
     void outputLevels_data()
@@ -301,12 +303,11 @@ private slots:
             dialer.add(
                 QStringLiteral("dialer"), "cat '" + given.fileName().toUtf8() + "' >&" + channel);
             configure(gsm1);
-            const LogCapture log("dialup");
-            Wvdial wvdial(nullptr, dialer.program());
-            QSignalSpy down(&wvdial, &Wvdial::dialdowned);
-            wvdial.start(gsm1);
-            QVERIFY(down.wait());
-            QVERIFY2(log.contains(message), qPrintable(log.lines.join(QLatin1Char('\n'))));
+            Dial dial(dialer.program());
+            dial.wvdial.start(gsm1);
+            QVERIFY(dial.down.wait());
+            QVERIFY2(
+                dial.log.contains(message), qPrintable(dial.log.lines.join(QLatin1Char('\n'))));
         }
     }
 
@@ -314,13 +315,11 @@ private slots:
     {
         const FakeDialer dialer("echo out; echo error >&2");
         configure(gsm1);
-        const LogCapture log("dialup");
-        Wvdial wvdial(nullptr, dialer.program());
-        QSignalSpy down(&wvdial, &Wvdial::dialdowned);
-        wvdial.start(gsm1);
-        QVERIFY(down.wait());
-        QVERIFY(log.contains(QStringLiteral("debug: \"out\\n\"")));
-        QVERIFY(log.contains(QStringLiteral("critical: \"error\\n\"")));
+        Dial dial(dialer.program());
+        dial.wvdial.start(gsm1);
+        QVERIFY(dial.down.wait());
+        QVERIFY(dial.log.contains(QStringLiteral("debug: \"out\\n\"")));
+        QVERIFY(dial.log.contains(QStringLiteral("critical: \"error\\n\"")));
     }
 
     void cannotBeStarted_data()
@@ -351,17 +350,14 @@ private slots:
         if (!configured.isEmpty())
             configure(configured);
         TestModemsCfg::setActiveModemName(active);
-        const LogCapture log("dialup");
-        Wvdial wvdial(nullptr, dialer.program());
-        QSignalSpy down(&wvdial, &Wvdial::dialdowned);
-        QSignalSpy notStarted(&wvdial, &Wvdial::dialNotStarted);
-        wvdial.start(active);
-        QCOMPARE(notStarted.count(), 0); // from the event loop only
-        QVERIFY(notStarted.wait());
-        QVERIFY(!notStarted.wait(100));
-        QCOMPARE(notStarted.count(), 1);
-        QCOMPARE(down.count(), 0);
-        QCOMPARE(log.lines, QStringList{message});
+        Dial dial(dialer.program());
+        dial.wvdial.start(active);
+        QCOMPARE(dial.notStarted.count(), 0); // from the event loop only
+        QVERIFY(dial.notStarted.wait());
+        QVERIFY(!dial.notStarted.wait(100));
+        QCOMPARE(dial.notStarted.count(), 1);
+        QCOMPARE(dial.down.count(), 0);
+        QCOMPARE(dial.log.lines, QStringList{message});
         QCOMPARE(dialer.arguments(), QStringList());
     }
 
@@ -375,12 +371,11 @@ private slots:
         };
         modem.start();
         configure({gsm1}, gsm1, modem.path());
-        const LogCapture log("dialup");
-        Wvdial wvdial(nullptr, dialer.program());
-        QSignalSpy notStarted(&wvdial, &Wvdial::dialNotStarted);
-        wvdial.start(gsm1);
-        QVERIFY(notStarted.wait());
-        QCOMPARE(log.lines.last(), QStringLiteral("warning: There are no any dialer config files"));
+        Dial dial(dialer.program());
+        dial.wvdial.start(gsm1);
+        QVERIFY(dial.notStarted.wait());
+        QCOMPARE(
+            dial.log.lines.last(), QStringLiteral("warning: There are no any dialer config files"));
         QCOMPARE(dialer.arguments(), QStringList());
     }
 
@@ -388,72 +383,60 @@ private slots:
     {
         const FakeDialer dialer;
         configure(QStringLiteral("A"));
-        const LogCapture log("dialup");
-        Wvdial wvdial(nullptr, dialer.program());
-        QSignalSpy down(&wvdial, &Wvdial::dialdowned);
-        QSignalSpy notStarted(&wvdial, &Wvdial::dialNotStarted);
-        wvdial.start(QStringLiteral("B"));
-        QVERIFY(notStarted.wait());
-        QCOMPARE(log.lines.last(), QStringLiteral("warning: There are no modem config for B"));
-        QCOMPARE(down.count(), 0);
+        Dial dial(dialer.program());
+        dial.wvdial.start(QStringLiteral("B"));
+        QVERIFY(dial.notStarted.wait());
+        QCOMPARE(dial.log.lines.last(), QStringLiteral("warning: There are no modem config for B"));
+        QCOMPARE(dial.down.count(), 0);
     }
 
     void missingDialerIsReportedAndNotRetried()
     {
         const FakeDialer dialer;
         configure(gsm1);
-        const LogCapture log("dialup");
-        Wvdial wvdial(nullptr, dialer.file("missing"));
-        QSignalSpy down(&wvdial, &Wvdial::dialdowned);
-        QSignalSpy notStarted(&wvdial, &Wvdial::dialNotStarted);
-        wvdial.start(gsm1);
-        QVERIFY(notStarted.wait());
-        QVERIFY(!notStarted.wait(100));
-        QCOMPARE(notStarted.count(), 1);
-        QCOMPARE(down.count(), 0);
-        QCOMPARE(log.count(QStringLiteral("critical: Wvdial error (0): ")), 1);
-        QVERIFY(!log.contains(QStringLiteral("critical: Wvdial error (0): ")));
+        Dial dial(dialer.file("missing"));
+        dial.wvdial.start(gsm1);
+        QVERIFY(dial.notStarted.wait());
+        QVERIFY(!dial.notStarted.wait(100));
+        QCOMPARE(dial.notStarted.count(), 1);
+        QCOMPARE(dial.down.count(), 0);
+        QCOMPARE(dial.log.count(QStringLiteral("critical: Wvdial error (0): ")), 1);
+        QVERIFY(!dial.log.contains(QStringLiteral("critical: Wvdial error (0): ")));
     }
 
     void pendingConnectionIsNotDialledAfterADialerThatIsMissing()
     {
         const FakeDialer dialer;
         configure({QStringLiteral("A"), QStringLiteral("B")}, QStringLiteral("A"));
-        const LogCapture log("dialup");
-        Wvdial wvdial(nullptr, dialer.file("missing"));
-        QSignalSpy down(&wvdial, &Wvdial::dialdowned);
-        QSignalSpy notStarted(&wvdial, &Wvdial::dialNotStarted);
-        wvdial.start(QStringLiteral("B"));
-        QVERIFY(notStarted.wait());
-        QVERIFY(!notStarted.wait(100));
-        QCOMPARE(notStarted.count(), 1);
-        QCOMPARE(down.count(), 0);
-        QVERIFY(log.contains(QStringLiteral("debug: A")));
-        QVERIFY(!log.contains(QStringLiteral("debug: B")));
-        QCOMPARE(log.count(QStringLiteral("critical: Wvdial error (0): ")), 1);
+        Dial dial(dialer.file("missing"));
+        dial.wvdial.start(QStringLiteral("B"));
+        QVERIFY(dial.notStarted.wait());
+        QVERIFY(!dial.notStarted.wait(100));
+        QCOMPARE(dial.notStarted.count(), 1);
+        QCOMPARE(dial.down.count(), 0);
+        QVERIFY(dial.log.contains(QStringLiteral("debug: A")));
+        QVERIFY(!dial.log.contains(QStringLiteral("debug: B")));
+        QCOMPARE(dial.log.count(QStringLiteral("critical: Wvdial error (0): ")), 1);
     }
 
     void crashIsAnErrorAndAnEnd()
     {
         const FakeDialer dialer("kill -SEGV $$");
         configure(gsm1);
-        const LogCapture log("dialup");
-        Wvdial wvdial(nullptr, dialer.program());
-        QSignalSpy down(&wvdial, &Wvdial::dialdowned);
-        wvdial.start(gsm1);
-        QVERIFY(down.wait());
-        QCOMPARE(log.count(QStringLiteral("critical: Wvdial error (1): ")), 1);
-        QCOMPARE(down.count(), 1);
+        Dial dial(dialer.program());
+        dial.wvdial.start(gsm1);
+        QVERIFY(dial.down.wait());
+        QCOMPARE(dial.log.count(QStringLiteral("critical: Wvdial error (1): ")), 1);
+        QCOMPARE(dial.down.count(), 1);
     }
 
     void stopWithoutADialStillLooksRound()
     {
         const FakeDialer dialer;
-        Wvdial wvdial(nullptr, dialer.program());
-        QSignalSpy down(&wvdial, &Wvdial::dialdowned);
-        wvdial.stop();
+        Dial dial(dialer.program());
+        dial.wvdial.stop();
         QCOMPARE(dialer.calls(), QStringList({QStringLiteral("ps -A"), QStringLiteral("ps -A")}));
-        QCOMPARE(down.count(), 0);
+        QCOMPARE(dial.down.count(), 0);
     }
 
     void stopEndsStrayDialersAndThenPppds()
@@ -507,16 +490,14 @@ private slots:
     {
         const FakeDialer dialer("exec sleep 600");
         configure({QStringLiteral("A"), QStringLiteral("B")}, QStringLiteral("A"));
-        const LogCapture log("dialup");
-        Wvdial wvdial(nullptr, dialer.program());
-        QSignalSpy down(&wvdial, &Wvdial::dialdowned);
-        wvdial.start(QStringLiteral("B"));
+        Dial dial(dialer.program());
+        dial.wvdial.start(QStringLiteral("B"));
         QTRY_VERIFY(dialer.pid() > 0);
-        wvdial.stop();
-        QCOMPARE(down.count(), 1);
-        QVERIFY(!down.wait(100));
+        dial.wvdial.stop();
+        QCOMPARE(dial.down.count(), 1);
+        QVERIFY(!dial.down.wait(100));
         QCOMPARE(dialer.arguments().size(), 2);
-        QCOMPARE(wvdial.findChild<QProcess *>()->state(), QProcess::NotRunning);
+        QCOMPARE(dial.wvdial.findChild<QProcess *>()->state(), QProcess::NotRunning);
         QVERIFY(::kill(static_cast<pid_t>(dialer.pid()), 0) != 0);
     }
 

@@ -23,6 +23,16 @@ std::unique_ptr<TerminalConf> pages(const QUrl &maker, const QUrl &other)
             .arg(maker.toString(), other.toString()));
 }
 
+/// A tester whose two pages answer as a test wants, and its verdicts.
+struct TwoPages
+{
+    WebServer maker;
+    WebServer other;
+    const std::unique_ptr<TerminalConf> conf = pages(maker.url(), other.url());
+    InetTester tester;
+    QSignalSpy verdicts{&tester, &InetTester::connectionExists};
+};
+
 QTimer *timerOf(const InetTester &tester)
 {
     return tester.findChild<QTimer *>(QString(), Qt::FindDirectChildrenOnly);
@@ -125,71 +135,58 @@ private slots:
 
     void verdictWaitsForBothAnswers()
     {
-        WebServer quick;
-        WebServer slow;
-        slow.hold();
-        const auto conf = pages(quick.url(), slow.url());
-        InetTester tester;
-        QSignalSpy spy(&tester, &InetTester::connectionExists);
-        tester.test();
-        QTRY_COMPARE(slow.requests(), 1);
-        QTRY_COMPARE(quick.requests(), 1);
-        QVERIFY(!spy.wait(200));
-        slow.answerHeld();
-        QVERIFY(spy.wait(30000));
-        QCOMPARE(spy.count(), 1);
-        QCOMPARE(spy.first().first().toBool(), true);
+        TwoPages round;
+        round.other.hold();
+        round.tester.test();
+        QTRY_COMPARE(round.other.requests(), 1);
+        QTRY_COMPARE(round.maker.requests(), 1);
+        QVERIFY(!round.verdicts.wait(200));
+        round.other.answerHeld();
+        QVERIFY(round.verdicts.wait(30000));
+        QCOMPARE(round.verdicts.count(), 1);
+        QCOMPARE(round.verdicts.first().first().toBool(), true);
     }
 
     void lateAnswersCountTowardsTheNextRound()
     {
-        WebServer maker;
-        WebServer other;
-        maker.hold();
-        other.hold();
-        const auto conf = pages(maker.url(), other.url());
-        InetTester tester;
-        QSignalSpy spy(&tester, &InetTester::connectionExists);
-        tester.test();
-        QTRY_COMPARE(maker.requests(), 1);
-        QTRY_COMPARE(other.requests(), 1);
-        tester.test();
-        QTRY_COMPARE(maker.requests(), 2);
-        QTRY_COMPARE(other.requests(), 2);
+        TwoPages round;
+        round.maker.hold();
+        round.other.hold();
+        for (int number = 1; number <= 2; ++number) {
+            round.tester.test();
+            QTRY_COMPARE(round.maker.requests(), number);
+            QTRY_COMPARE(round.other.requests(), number);
+        }
         // The first round's answers make the second one's verdict, whose own are still out.
-        maker.answerFirstHeld();
-        QVERIFY(!spy.wait(200));
-        other.answerFirstHeld();
-        QVERIFY(spy.wait(30000));
-        QCOMPARE(spy.first().first().toBool(), true);
+        round.maker.answerFirstHeld();
+        QVERIFY(!round.verdicts.wait(200));
+        round.other.answerFirstHeld();
+        QVERIFY(round.verdicts.wait(30000));
+        QCOMPARE(round.verdicts.first().first().toBool(), true);
         // Those are beyond the second answer.
-        maker.answerHeld();
-        other.answerHeld();
-        QVERIFY(!spy.wait(200));
-        QCOMPARE(spy.count(), 1);
+        round.maker.answerHeld();
+        round.other.answerHeld();
+        QVERIFY(!round.verdicts.wait(200));
+        QCOMPARE(round.verdicts.count(), 1);
     }
 
     void roundStartsCountingAnew()
     {
-        WebServer quick;
-        WebServer slow;
-        slow.hold();
-        const auto conf = pages(quick.url(), slow.url());
-        InetTester tester;
-        QSignalSpy spy(&tester, &InetTester::connectionExists);
-        tester.test();
-        QTRY_COMPARE(slow.requests(), 1);
-        QVERIFY(!spy.wait(200)); // one answer is in
-        quick.hold();
-        tester.test();
-        QTRY_COMPARE(slow.requests(), 2);
-        QTRY_COMPARE(quick.requests(), 2);
-        slow.answerFirstHeld();
-        QVERIFY(!spy.wait(200)); // it is the first of this round
-        quick.answerHeld();
-        QVERIFY(spy.wait(30000));
-        QCOMPARE(spy.count(), 1);
-        slow.answerHeld();
+        TwoPages round;
+        round.other.hold();
+        round.tester.test();
+        QTRY_COMPARE(round.other.requests(), 1);
+        QVERIFY(!round.verdicts.wait(200)); // one answer is in
+        round.maker.hold();
+        round.tester.test();
+        QTRY_COMPARE(round.other.requests(), 2);
+        QTRY_COMPARE(round.maker.requests(), 2);
+        round.other.answerFirstHeld();
+        QVERIFY(!round.verdicts.wait(200)); // it is the first of this round
+        round.maker.answerHeld();
+        QVERIFY(round.verdicts.wait(30000));
+        QCOMPARE(round.verdicts.count(), 1);
+        round.other.answerHeld();
     }
 
     void makersPageIsAskedFirst()
