@@ -132,6 +132,16 @@ QString AtModem::modemName() const
     return m_d->session.identity.name();
 }
 
+QString AtModem::manufacturer() const
+{
+    return m_d->session.identity.maker;
+}
+
+QString AtModem::model() const
+{
+    return m_d->session.identity.model;
+}
+
 QString AtModem::lastError() const
 {
     return m_d->session.errorText();
@@ -164,6 +174,18 @@ bool AtModem::getMnc(int &mcc, int &mnc)
     if (!m_d->session.begin())
         return false;
     const auto network = NetworkQuery(m_d->session).network();
+    if (!network)
+        return false;
+    mcc = network->mcc;
+    mnc = network->mnc;
+    return true;
+}
+
+bool AtModem::getHomeNetwork(int &mcc, int &mnc)
+{
+    if (!m_d->session.begin())
+        return false;
+    const auto network = NetworkQuery(m_d->session).homeNetwork();
     if (!network)
         return false;
     mcc = network->mcc;

@@ -62,6 +62,9 @@ public:
     QString gsmDialect() const;
     /** Maker and model as the modem tells them; empty while closed or when it does not tell. */
     QString modemName() const;
+    /** The two apart. */
+    QString manufacturer() const;
+    QString model() const;
     /** Why the last call failed: a sentence for the technician, else empty. */
     QString lastError() const;
     /** The same for programs. */
@@ -92,6 +95,10 @@ public:
     /** Country and network code of the network that the modem is registered in, or else of the
      * SIM card's own; 12 s at most. */
     bool getMnc(int &mcc, int &mnc);
+
+    /** Those of the SIM card's own network, whose access point and codes it uses abroad too; 5 s
+     * at most. */
+    bool getHomeNetwork(int &mcc, int &mnc);
 
     /** The modem's own serial number alone, 14 to 16 digits; 2 s at most. */
     bool getImei(QString &imei);

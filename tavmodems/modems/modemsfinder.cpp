@@ -5,7 +5,6 @@
 #include "modemsenvs.h"
 #include "modemsettings.h"
 
-#include <QHash>
 #include <QPointer>
 #include <QThread>
 
@@ -17,23 +16,28 @@ namespace {
 // More would only lengthen the silence of a silent port; a modem hears the first.
 constexpr int kAttempts = 1;
 
-// A modem on a real line may be set to one speed: the one its record has.
-QHash<QString, int> knownBaudrates()
+// That of the card's own operator, wherever the modem is registered: the access point is its.
+OperatorData operatorOf(AtModem &modem)
 {
-    QHash<QString, int> baudrates;
-    const auto modems = ModemSettings().modems();
-    for (const ModemInfo &info : modems) {
-        if (info.baudrate() > 0)
-            baudrates.insert(searchPortOf(info.portName()).name, info.baudrate());
-    }
-    return baudrates;
+    int mcc = 0;
+    int mnc = 0;
+    OperatorData data;
+    const ModemSettings settings;
+    const bool isKnown = modem.getHomeNetwork(mcc, mnc) && settings.getOperatorData(mcc, mnc, data);
+    if (!isKnown && modem.isOpen() && modem.getMnc(mcc, mnc))
+        settings.getOperatorData(mcc, mnc, data);
+    return data;
 }
 
 AnsweringPort ask(AtModem &modem)
 {
     AnsweringPort answering;
+    answering.manufacturer = modem.manufacturer();
+    answering.model = modem.model();
     answering.dialect = modem.gsmDialect();
-    answering.model = modem.modemName();
+    modem.getImei(answering.imei);
+    if (modem.isOpen())
+        answering.operatorData = operatorOf(modem);
     return answering;
 }
 
@@ -43,9 +47,9 @@ struct ModemsFinder::Probe
 {
     SearchPort port;
     int baudrate = 0;
-    std::mutex mutex; // of what follows
+    std::mutex mutex; // of what comes of it
     std::optional<AnsweringPort> answering;
-    QString error; // why not
+    PortFailure failure; // else
     std::unique_ptr<QThread> thread;
 
     // In the probe's thread.
@@ -56,19 +60,20 @@ struct ModemsFinder::Probe
         std::optional<AnsweringPort> told;
         if (modem.open(port.name, baudrate, kAttempts))
             told = ask(modem);
-        if (told && modem.isOpen()) { // still there
-            told->port = port;
-            told->baudrate = baudrate;
-            qCInfo(AT_MODEM).noquote()
-                << QStringLiteral("%1: a modem, %2").arg(port.name, told->model);
-        } else {
+        if (!modem.isOpen()) // it may have gone in between
             told.reset();
-            qCInfo(AT_MODEM).noquote()
-                << QStringLiteral("%1: %2").arg(port.name, modem.lastError());
-        }
         const std::lock_guard<std::mutex> guard(mutex);
         answering = told;
-        error = modem.lastError();
+        if (answering) {
+            answering->port = port;
+            answering->baudrate = baudrate;
+            qCInfo(AT_MODEM).noquote()
+                << QStringLiteral("%1: %2, IMEI %3, %4 commands")
+                       .arg(port.name, modem.modemName(), answering->imei, answering->dialect);
+        } else {
+            failure = {port.name, modem.error(), modem.lastError()};
+            qCInfo(AT_MODEM).noquote() << QStringLiteral("%1: %2").arg(port.name, failure.text);
+        }
     }
 };
 
@@ -91,14 +96,14 @@ void ModemsFinder::start()
         return;
     m_running = true;
     m_found.clear();
+    m_failures.clear();
     m_clock.start();
     const QList<SearchPort> all = ports();
-    const QHash<QString, int> baudrates = knownBaudrates();
     QStringList names;
     for (const SearchPort &port : all) {
         auto probe = std::make_unique<Probe>();
         probe->port = port;
-        probe->baudrate = baudrates.value(port.name, ModemInfo().baudrate());
+        probe->baudrate = baudrateOf(port);
         probe->thread.reset(QThread::create(
             [this, probe = probe.get()] { probe->run(m_lockDirectory, &m_abort); }));
         connect(probe->thread.get(), &QThread::finished, this, &ModemsFinder::probeEnded);
@@ -120,6 +125,17 @@ QList<SearchPort> ModemsFinder::ports() const
     return allSearchPorts(ModemsEnvs().extraPorts());
 }
 
+// A modem on a real line may be set to one speed: the one its record has.
+int ModemsFinder::baudrateOf(const SearchPort &port) const
+{
+    const auto modems = ModemSettings().modems();
+    for (const ModemInfo &info : modems) {
+        if (info.baudrate() > 0 && searchPortOf(info.portName()).name == port.name)
+            return info.baudrate();
+    }
+    return ModemInfo().baudrate();
+}
+
 void ModemsFinder::probeEnded()
 {
     if (--m_pending == 0)
@@ -134,16 +150,16 @@ void ModemsFinder::finish()
         const std::lock_guard<std::mutex> guard(probe->mutex);
         if (probe->answering)
             answering << *probe->answering;
+        else
+            m_failures << probe->failure;
     }
     m_found = modemsBehind(answering);
     QList<ModemInfo> records;
     for (const FoundModem &modem : qAsConst(m_found)) {
-        qCInfo(AT_MODEM).noquote()
-            << QStringLiteral("%1: %2 on %3")
-                   .arg(modem.info.connectionName(),
-                       modem.imei.isEmpty() ? QStringLiteral("a modem") : modem.imei,
-                       modem.ports.join(QStringLiteral(", ")));
         records << modem.info;
+        qCInfo(AT_MODEM).noquote()
+            << QStringLiteral("Found %1, on %2")
+                   .arg(modem.info.connectionName(), modem.ports.join(QStringLiteral(", ")));
     }
     qCInfo(AT_MODEM).noquote() << QStringLiteral("The search found %1 modems in %2 ms")
                                       .arg(records.size())
@@ -166,6 +182,10 @@ QString ModemsFinder::whyNone() const
 {
     if (m_probes.empty())
         return tr("This machine has no serial ports. Is the modem plugged in?");
-    return tr("No modem answers on any of the %n serial ports.", nullptr,
-        static_cast<int>(m_probes.size()));
+    QStringList lines{tr("No modem answers on any port.")};
+    for (const PortFailure &failure : m_failures) {
+        if (failure.error == AtError::Port) // somebody can do something about it
+            lines << failure.text;
+    }
+    return lines.join(QLatin1Char('\n'));
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "aterror.h"
 #include "foundmodem.h"
 #include "portlock.h"
 
@@ -11,6 +12,14 @@
 #include <atomic>
 #include <memory>
 #include <vector>
+
+/** A port on which a search found no modem. */
+struct PortFailure
+{
+    QString port; ///< its name
+    AtError error = AtError::None;
+    QString text; ///< a sentence for the technician; it names a program that holds the port
+};
 
 /**
  * Looks for modems on all serial ports: those the system lists and those of modems/extraPorts.
@@ -40,6 +49,8 @@ public:
 
     /** What the last search found, with more than is in the records; from devicesFinded() on. */
     QList<FoundModem> found() const { return m_found; }
+    /** The other ports that it looked at. */
+    QList<PortFailure> failures() const { return m_failures; }
 
 public slots:
     /** Starts a search and returns at once; ignored while one is running. */
@@ -56,6 +67,8 @@ signals:
 protected:
     /** The ports to look at. */
     virtual QList<SearchPort> ports() const;
+    /** At how many bits per second to ask on a port: as its record in ModemSettings has it. */
+    virtual int baudrateOf(const SearchPort &port) const;
 
 private:
     struct Probe;
@@ -71,4 +84,5 @@ private:
     std::size_t m_pending = 0; // probes that have not ended
     std::vector<std::unique_ptr<Probe>> m_probes; // of the search under way
     QList<FoundModem> m_found;
+    QList<PortFailure> m_failures;
 };

@@ -91,6 +91,15 @@ std::optional<MobileNetwork> NetworkQuery::network()
     return home;
 }
 
+std::optional<MobileNetwork> NetworkQuery::homeNetwork()
+{
+    const AtReply reply = ask("AT+CIMI", kCardQuery);
+    const auto home = networkOfImsi(parseImsi(reply.lines));
+    if (!home)
+        m_session.failAnswer(reply, QStringLiteral("The SIM card does not tell its network"));
+    return home;
+}
+
 std::optional<QString> NetworkQuery::imei()
 {
     const AtReply reply = ask("AT+CGSN", kQuery);

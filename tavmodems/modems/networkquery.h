@@ -26,6 +26,8 @@ public:
     /** The network that the modem is registered in, or else the one its SIM card is of; 12 s at
      * most. None with the session's error. */
     std::optional<MobileNetwork> network();
+    /** The network that its SIM card is of, 5 s at most. None with the session's error. */
+    std::optional<MobileNetwork> homeNetwork();
     /** The modem's serial number, 2 s at most. None with the session's error. */
     std::optional<QString> imei();
     /** The cell that the modem is registered in, 9 s at most. None with the session's error. */
