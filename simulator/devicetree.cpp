@@ -94,11 +94,14 @@ QByteArray DeviceTree::add(const QByteArray &subsystem, const QByteArray &name,
     const Device device{subsystem, properties, databaseFile(subsystem, path, attributes)};
     // The properties stand in the device's own directory. That udev has done its work on the
     // device, its database must say.
-    if (path.isEmpty() || !PrivateFiles::write(device.database, "I:1\n")
-        || !announce("add", path, device))
+    if (path.isEmpty() || !PrivateFiles::write(device.database, "I:1\n"))
         return {};
     m_devices.insert(path, device);
-    return path;
+    for (const auto &property : properties) {
+        if (property.first == "DRIVER") // the kernel shows it both ways
+            link(path, "driver", "/sys/bus/" + subsystem + "/drivers/" + property.second);
+    }
+    return announce("add", path, device) ? path : QByteArray();
 }
 
 void DeviceTree::link(const QByteArray &path, const QByteArray &name, const QByteArray &target)

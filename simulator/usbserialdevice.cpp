@@ -96,7 +96,6 @@ bool UsbSerialDevice::addPort(int interface, int portNumber)
         : m_tree->add("usb-serial", tty, usbInterface, {}, {{"DRIVER", driver}});
     if (usbPort.isEmpty())
         return false;
-    m_tree->link(usbPort, "driver", "/sys/bus/usb-serial/drivers/" + driver);
     const QByteArray port = m_tree->add("tty", "tty/" + tty, usbPort,
         {{"dev", QByteArray(kUsbSerialMajor) + ':' + number}}, properties);
     if (port.isEmpty())

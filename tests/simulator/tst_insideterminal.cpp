@@ -451,6 +451,7 @@ void TestInsideTerminal::udevKnowsThePort()
     QCOMPARE(propertyOf(port, "ID_USB_INTERFACE_NUM"), "02");
     QCOMPARE(propertyOf(port, "ID_MM_CANDIDATE"), "1");
     QCOMPARE(driver(parent(port)), "option");
+    QCOMPARE(driver(parent(parent(port))), "option"); // the interface, where ModemManager looks
     void *const device = usbDevice(port, "usb", "usb_device");
     QVERIFY(device != nullptr);
     QCOMPARE(attributeOf(device, "manufacturer"), "Quectel");
