@@ -34,16 +34,12 @@ SimulatedModem::SimulatedModem(DeviceTree *tree, const ScenarioModem &scenario,
     const ModemProfile &profile, int number, int firstPort, Journal *journal)
     : m_state(profile, scenario)
     , m_journal(journal)
+    , m_firstPort(firstPort)
     , m_usb(
           tree, number, identityOf(profile, scenario), portNumbers(firstPort, profile.ports.size()))
     , m_babble(this)
 {
-    for (int i = 0; i < profile.ports.size(); ++i)
-        addPort(profile.ports.at(i), firstPort + i);
-    const bool hasControl = profile.ports.contains(QStringLiteral("control"));
-    for (int i = 0; i < m_ports.size(); ++i)
-        m_ports[i].notifies = profile.ports.at(i)
-            == (hasControl ? QLatin1String("control") : QLatin1String("data"));
+    makePorts();
     for (const PeriodicLine &line : profile.periodicLines) {
         auto *timer = new QTimer(this);
         timer->setInterval(line.periodMs);
@@ -65,6 +61,24 @@ QStringList SimulatedModem::faultNames()
         QStringLiteral("babble"), QStringLiteral("noSim"), QStringLiteral("notRegistered"),
         QStringLiteral("wrongApn"), QStringLiteral("busy"), QStringLiteral("noDialtone"),
         QStringLiteral("noCarrier")};
+}
+
+// The ports that the device shows; a command may have chosen fewer since it was last plugged in.
+void SimulatedModem::makePorts()
+{
+    m_roles = m_state.portsWhenPlugged;
+    for (const Port &port : qAsConst(m_ports)) {
+        delete port.interpreter;
+        delete port.line;
+    }
+    m_ports.clear();
+    for (int i = 0; i < m_roles.size(); ++i)
+        addPort(m_roles.at(i), m_firstPort + i);
+    const bool hasControl = m_roles.contains(QStringLiteral("control"));
+    for (int i = 0; i < m_ports.size(); ++i)
+        m_ports[i].notifies
+            = m_roles.at(i) == (hasControl ? QLatin1String("control") : QLatin1String("data"));
+    m_usb.setPorts(portNumbers(m_firstPort, m_roles.size()));
 }
 
 void SimulatedModem::addPort(const QString &role, int number)
@@ -101,6 +115,8 @@ bool SimulatedModem::plug()
 {
     if (m_ports.first().line->isPlugged())
         return true;
+    if (m_roles != m_state.portsWhenPlugged)
+        makePorts();
     m_state.powerUp();
     for (const Port &port : qAsConst(m_ports)) {
         if (port.interpreter != nullptr)

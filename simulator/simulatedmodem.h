@@ -44,6 +44,7 @@ private:
         bool notifies = false;
     };
 
+    void makePorts();
     void addPort(const QString &role, int number);
     void heard(AtInterpreter *interpreter, const QByteArray &bytes);
     void say(SerialLine *line, const QByteArray &bytes);
@@ -55,7 +56,9 @@ private:
 
     ModemState m_state;
     Journal *const m_journal; // the machine's
+    const int m_firstPort;
     UsbSerialDevice m_usb;
+    QStringList m_roles; // of the ports
     QList<Port> m_ports;
     QPointer<PppPeer> m_call; // child of this
     QList<QTimer *> m_periodic; // children of this

@@ -26,6 +26,8 @@ public:
     /// `number` is the USB port it is plugged into, from 1; `portNumbers` are those of ttyUSB*.
     UsbSerialDevice(DeviceTree *tree, int number, UsbIdentity identity, QList<int> portNumbers);
 
+    /// The ports it has from the next plugging in on.
+    void setPorts(const QList<int> &portNumbers) { m_ports = portNumbers; }
     bool plug();
     void unplug();
 
@@ -35,6 +37,6 @@ private:
     DeviceTree *const m_tree; // the rack's
     const int m_number;
     const UsbIdentity m_identity;
-    const QList<int> m_ports;
+    QList<int> m_ports;
     QByteArray m_path; // while it is plugged
 };

@@ -136,6 +136,7 @@ private slots:
     void clientThatNobodyHereWrote();
     void modemIsPulledOnACommand();
     void resetTakesTheModemOffTheBus();
+    void modemOnlyLeavesFewerPorts();
     void nothingOfOneSessionIsLeftForTheNext();
     void soleUseEndsWithItsProgram();
     void everySessionOfManyIsAnswered();
@@ -176,7 +177,9 @@ void TestInsideTerminal::initTestCase()
     QVERIFY(m_terminal.isValid());
     QCOMPARE(m_terminal.modems().value(),
         QStringList({QStringLiteral("huawei"), QStringLiteral("zte"), QStringLiteral("simcom"),
-            QStringLiteral("quectel"), QStringLiteral("generic")}));
+            QStringLiteral("quectel"), QStringLiteral("generic"), QStringLiteral("e3372"),
+            QStringLiteral("mf823"), QStringLiteral("telit"), QStringLiteral("ublox"),
+            QStringLiteral("sierra")}));
 }
 
 // Every test finds the terminal as it came up.
@@ -225,13 +228,23 @@ void TestInsideTerminal::portsHaveTheirIdentity_data()
     for (const char *port : {"ttyUSB7", "ttyUSB8", "ttyUSB9", "ttyUSB10"})
         row(port, 0x2c7c, 0x0125, "Quectel");
     row("ttyUSB11", 0x0403, 0x6001, "FTDI");
+    for (const char *port : {"ttyUSB12", "ttyUSB13", "ttyUSB14"})
+        row(port, 0x12d1, 0x1506, "HUAWEI MOBILE");
+    for (const char *port : {"ttyUSB15", "ttyUSB16", "ttyUSB17"})
+        row(port, 0x19d2, 0x0016, "ZTE Incorporated");
+    for (const char *port : {"ttyUSB18", "ttyUSB19", "ttyUSB20", "ttyUSB21"})
+        row(port, 0x1bc7, 0x1201, "Telit Wireless Solutions");
+    for (const char *port : {"ttyUSB22", "ttyUSB23"})
+        row(port, 0x0403, 0x6010, "FTDI");
+    for (const char *port : {"ttyUSB24", "ttyUSB25", "ttyUSB26"})
+        row(port, 0x1199, 0x68c0, "Sierra Wireless  Incorporated");
 }
 
 void TestInsideTerminal::portsHaveTheirIdentity()
 {
     QFETCH(QString, port);
     const QMap<QString, QSerialPortInfo> ports = portsByName();
-    QCOMPARE(ports.size(), 12);
+    QCOMPARE(ports.size(), 27);
     const QSerialPortInfo info = ports.value(port);
     QVERIFY(info.hasVendorIdentifier());
     QTEST(info.vendorIdentifier(), "vendor");
@@ -250,6 +263,11 @@ void TestInsideTerminal::everyModemAnswers_data()
     QTest::newRow("simcom") << "ttyUSB6" << QByteArray("SIMCOM_SIM800");
     QTest::newRow("quectel data") << "ttyUSB10" << QByteArray("EC25");
     QTest::newRow("generic") << "ttyUSB11" << QByteArray("GPRS Modem");
+    QTest::newRow("e3372 data") << "ttyUSB12" << QByteArray("E3372");
+    QTest::newRow("mf823 data") << "ttyUSB17" << QByteArray("MF823");
+    QTest::newRow("telit data") << "ttyUSB20" << QByteArray("LE910-EUG");
+    QTest::newRow("ublox") << "ttyUSB22" << QByteArray("SARA-U201");
+    QTest::newRow("sierra") << "ttyUSB26" << QByteArray("MC7304");
 }
 
 void TestInsideTerminal::everyModemAnswers()
@@ -285,7 +303,7 @@ void TestInsideTerminal::unsolicitedLinesComeOnTheControlPort()
     QByteArray said;
     QTRY_VERIFY_WITH_TIMEOUT(
         (control.device().waitForReadyRead(100), said += control.device().readAll(),
-            said.contains("\r\n^BOOT:") && said.contains("\r\n^RSSI:18\r\n")),
+            said.contains("\r\n^BOOT:") && said.contains("\r\n^RSSI:21\r\n")),
         10000);
     data.device().waitForReadyRead(10);
     QCOMPARE(data.device().readAll(), QByteArray());
@@ -368,10 +386,10 @@ void TestInsideTerminal::pulledModemEndsTheRead()
 void TestInsideTerminal::pulledModemLeavesTheList()
 {
     m_terminal.unplug(kHuawei).waitForFinished();
-    QCOMPARE(portsByName().size(), 9);
+    QCOMPARE(portsByName().size(), 24);
     QVERIFY(!portsByName().contains(QStringLiteral("ttyUSB0")));
     m_terminal.plug(kHuawei).waitForFinished();
-    QCOMPARE(portsByName().size(), 12);
+    QCOMPARE(portsByName().size(), 27);
     Port modem(QStringLiteral("ttyUSB0"));
     QVERIFY(modem.ask("AT").endsWith("\r\nOK\r\n"));
 }
@@ -510,6 +528,34 @@ void TestInsideTerminal::resetTakesTheModemOffTheBus()
     QTRY_VERIFY(portsByName().contains(QStringLiteral("ttyUSB0")));
     Port modem(QStringLiteral("ttyUSB0"));
     QVERIFY(modem.ask("AT").endsWith("\r\nOK\r\n"));
+}
+
+void TestInsideTerminal::modemOnlyLeavesFewerPorts()
+{
+    const auto replug = [this] {
+        m_terminal.unplug(kHuawei).waitForFinished();
+        m_terminal.plug(kHuawei).waitForFinished();
+    };
+    {
+        Port modem(QStringLiteral("ttyUSB0"));
+        QVERIFY(modem.ask("AT^U2DIAG=0").endsWith("\r\nOK\r\n"));
+    }
+    QVERIFY(portsByName().contains(QStringLiteral("ttyUSB2"))); // until it is pulled out
+    replug();
+    const QMap<QString, QSerialPortInfo> ports = portsByName();
+    QVERIFY(ports.contains(QStringLiteral("ttyUSB1")));
+    QVERIFY(!ports.contains(QStringLiteral("ttyUSB2")));
+    QVERIFY(!QFile::exists(QStringLiteral("/dev/ttyUSB2")));
+    for (const char *name : {"ttyUSB0", "ttyUSB1"}) {
+        Port port(QString::fromLatin1(name));
+        QVERIFY2(port.ask("AT").endsWith("\r\nOK\r\n"), name);
+    }
+    {
+        Port modem(QStringLiteral("ttyUSB0"));
+        QVERIFY(modem.ask("AT^U2DIAG=255").endsWith("\r\nOK\r\n"));
+    }
+    replug();
+    QVERIFY(portsByName().contains(QStringLiteral("ttyUSB2")));
 }
 
 void TestInsideTerminal::nothingOfOneSessionIsLeftForTheNext()

@@ -4,6 +4,8 @@
 #include <QElapsedTimer>
 #include <QRegularExpression>
 
+#include <algorithm>
+
 // What a modem answers to the commands of a query, in the manner of its family.
 class TestModemCommands : public QObject
 {
@@ -34,6 +36,7 @@ private slots:
     void smsStores();
     void smsStoreThatIsFull();
     void smsInTheOrderOfTheScenario();
+    void fiftySmsOfTheScenario();
     void smsKinds();
     void smsInUcs2Charset();
     void smsDetails();
@@ -128,6 +131,16 @@ void TestModemCommands::network_data()
     row("zte-mf180", "AT+CREG=2;+CREG?", info("+CREG: 2,5,\"F\",\"1B2\""));
     row("simcom-sim800", "AT+CREG=2;+CREG?", info("+CREG: 2,5,\"000F\",\"01B2\""));
     row("quectel-ec25", "AT+CEREG=2;+CEREG?", info("+CEREG: 2,5,\"F\",\"1B2\",7"));
+    row("huawei-e3372", "AT+CREG=2;+CREG?", info("+CREG: 2,5,\"F\",\"000001B2\""));
+    row("huawei-e3372", "AT^HCSQ?", info("^HCSQ:\"LTE\",70,35,86,14"));
+    row("huawei-e3372", "AT+COPS?", info("+COPS: 0,0,\"Kyivstar UA\",7"));
+    row("zte-mf823", "AT+CREG=2;+CREG?", info("+CREG: 2,5,\"F\",\"1B2\",7"));
+    row("zte-mf823", "AT+CEREG?", info("+CEREG: 0,5"));
+    row("telit", "AT+CREG=2;+CREG?", info("+CREG: 2,5,\"000F\",\"000001B2\",7"));
+    row("telit", "AT#SERVINFO",
+        info("#SERVINFO: 1300,-51,\"Kyivstar UA\",\"25503\",00001B2,000F,64,3,-88"));
+    row("ublox", "AT+CREG=2;+CREG?", info("+CREG: 2,5,\"000F\",\"000001B2\",2"));
+    row("sierra", "AT+CREG=2;+CREG?", info("+CREG: 2,5,000F,000001B2"));
 }
 
 void TestModemCommands::network()
@@ -185,6 +198,15 @@ void TestModemCommands::sim_data()
     row("quectel-ec25", true, "AT+CNUM", info("+CNUM: ,\"+79161234567\",145"));
     row("quectel-ec25", true, "AT+QCCID", info("+QCCID: " + iccid));
     row("zte-mf180", true, "AT+ZGETICCID", info("ICCID: " + iccid));
+    row("huawei-e3372", false, "AT+CNUM", info("+CNUM: \"\",\"\",129"));
+    row("huawei-e3372", true, "AT^ICCID?", info("^ICCID: " + iccid));
+    row("zte-mf823", true, "AT+ZGETICCID", info("+ZGETICCID: " + iccid));
+    row("telit", true, "AT+CNUM", info("+CNUM: \"PHONENUM1\",\"+79161234567\",145"));
+    row("telit", true, "AT#CCID", info("#CCID: " + iccid));
+    row("telit", true, "AT#CIMI", info("#CIMI: 250011234567890"));
+    row("ublox", true, "AT+CCID", info("+CCID: " + iccid));
+    row("sierra", true, "AT+CNUM", info("+CNUM: \"Line 1\",\"+79161234567\",145"));
+    row("sierra", true, "AT!ICCID?", info("!ICCID: " + iccid));
 }
 
 void TestModemCommands::sim()
@@ -267,6 +289,12 @@ void TestModemCommands::composition_data()
     QTest::newRow("list without a modem")
         << "huawei-e173" << QByteArray("AT^SETPORT=\"A1,A2;2,3\"") << kError
         << QByteArray("AT^SETPORT?") << info("^SETPORT:A1,A2;1,16,3,2,A1,A2") << all;
+    QTest::newRow("list of an LTE stick")
+        << "huawei-e3372" << QByteArray("AT^SETPORT=\"FF;10,12\"") << kOk
+        << QByteArray("AT^SETPORT?") << info("^SETPORT:FF;10,12") << fewer;
+    QTest::newRow("an LTE stick has no such command")
+        << "huawei-e3372" << QByteArray("AT^U2DIAG=0") << kError << QByteArray("AT^SETPORT?")
+        << info("^SETPORT:A1,A2;10,13,12,16,A1,A2") << all;
     QTest::newRow("another maker")
         << "quectel-ec25" << QByteArray("AT^U2DIAG=0") << kError << QByteArray("AT^U2DIAG?")
         << kError
@@ -426,6 +454,38 @@ void TestModemCommands::smsInTheOrderOfTheScenario()
     QCOMPARE(kept.at(1).part, 1);
     QCOMPARE(kept.at(1).text + kept.at(2).text + kept.at(0).text, sms.text);
     QCOMPARE(kept.at(2).reference, kept.at(0).reference);
+}
+
+void TestModemCommands::fiftySmsOfTheScenario()
+{
+    Scenario scenario;
+    QString error;
+    QVERIFY2(Scenario::load(QStringLiteral("fifty-sms"), &scenario, &error), qPrintable(error));
+    const ScenarioModem &described = scenario.modems.first();
+    Conversation modem(described, described.profile);
+    const QList<gsmtext::Sms> kept = modem.state->smsStores.value("SM").values();
+    QCOMPARE(kept.size(), 50);
+    using Kind = gsmtext::Sms::Kind;
+    int kinds[4] = {};
+    int ucs2 = 0;
+    int parts = 0;
+    int surrogates = 0;
+    for (const gsmtext::Sms &sms : kept) {
+        ++kinds[static_cast<int>(sms.kind)];
+        ucs2 += sms.ucs2 ? 1 : 0;
+        parts += sms.parts > 1 ? 1 : 0;
+        surrogates += std::any_of(sms.text.begin(), sms.text.end(),
+                          [](QChar character) { return character.isSurrogate(); })
+            ? 1
+            : 0;
+    }
+    QCOMPARE(kinds[static_cast<int>(Kind::Data)], 1);
+    QCOMPARE(kinds[static_cast<int>(Kind::Report)], 1);
+    QCOMPARE(kinds[static_cast<int>(Kind::Raw)], 1);
+    QCOMPARE(parts, 6);
+    QCOMPARE(surrogates, 3);
+    QVERIFY(ucs2 > 15 && ucs2 < 35);
+    QCOMPARE(modem.ask("AT+CMGL=4").count("+CMGL: "), 50);
 }
 
 void TestModemCommands::smsKinds()

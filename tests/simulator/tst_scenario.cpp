@@ -97,6 +97,12 @@ void TestScenario::badScenarioIsRefusedWithItsPlace_data()
     QTest::newRow("time of a message")
         << modem(R"("sim": {"sms": [{"sender": "1", "time": "yesterday", "text": ""}]})")
         << "modems[0].sim.sms[0].time: must be like 2026-03-01T12:00:00+03:00";
+    QTest::newRow("parts of a message that has none")
+        << modem(R"("sim": {"sms": [{"sender": "1", "text": "short", "order": [2, 1]}]})")
+        << "modems[0].sim.sms[0].order: must name each of the 1 parts once";
+    QTest::newRow("order not numbers")
+        << modem(R"("sim": {"sms": [{"sender": "1", "order": ["1"]}]})")
+        << "modems[0].sim.sms[0].order: must be a list of whole numbers from 1 to 255";
     QTest::newRow("unknown service")
         << QByteArray(R"({"services": {"printer": {}}})") << "services.printer: is not known";
     QTest::newRow("page") << QByteArray(R"({"pages": {"maker": "sometimes"}})")
