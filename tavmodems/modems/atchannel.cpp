@@ -123,6 +123,7 @@ AtReply AtChannel::exchange(const QByteArray &bytes, const QByteArray &command,
         return end(deadline.hasExpired() ? AtReply::Status::Timeout : AtReply::Status::PortGone);
 
     int received = 0;
+    AtUnsolicited unsolicited(command);
     bool echoed = false;
     bool ended = false;
     bool awaitsPrompt = !text.isEmpty();
@@ -148,7 +149,7 @@ AtReply AtChannel::exchange(const QByteArray &bytes, const QByteArray &command,
                 reply.status = result->status;
                 reply.errorCode = result->errorCode;
                 reply.errorText = result->errorText;
-            } else if (ended || isUnsolicited(line, command)) {
+            } else if (ended || unsolicited.takes(line)) {
                 reply.unsolicited << line;
             } else {
                 reply.lines << line;

@@ -11,34 +11,38 @@ const QList<AtDialect> &allDialects()
     // Commands are those of the makers' AT manuals; a modem that lacks one answers ERROR, which
     // does no harm.
     static const QList<AtDialect> dialects{
+        // USSD: E1550, E173 and their like want a code as packed septets, whatever +CSCS says;
+        // those
+        // set to plain characters by ^USSDMODE refuse that.
         // ^CURC: periodic reports (^RSSI, ^MODE, ^DSFLOWRPT...). ^U2DIAG: 0 is the modem alone,
         // without the drive that holds a stick's software.
         {QStringLiteral("Huawei"), {QStringLiteral("huawei")}, QString(), {"AT^CURC=0"},
-            UssdForm::PackedHex, "AT^ICCID?", {"AT^U2DIAG=0"}, "AT^SETPORT"},
+            {UssdForm::PackedHex, UssdForm::Plain}, "AT^ICCID?", {"AT^U2DIAG=0"}, "AT^SETPORT"},
         // +ZCDRUN: 8 stops the drive from showing at the next plugging in.
         {QStringLiteral("ZTE"), {QStringLiteral("zte")}, QStringLiteral("^M[FS][0-9]{2,}"), {},
-            UssdForm::Plain, "AT+ZGETICCID", {"AT+ZCDRUN=8"}, {}},
+            {UssdForm::Plain}, "AT+ZGETICCID", {"AT+ZCDRUN=8"}, {}},
         // +CIURC: the "Call Ready" kind.
         {QStringLiteral("SIMCom"), {QStringLiteral("simcom"), QStringLiteral("sim technology")},
-            QStringLiteral("^SIM(COM_)?[0-9]{3,}"), {"AT+CIURC=0"}, UssdForm::Plain, "AT+CCID", {},
-            {}},
+            QStringLiteral("^SIM(COM_)?[0-9]{3,}"), {"AT+CIURC=0"}, {UssdForm::Plain}, "AT+CCID",
+            {}, {}},
         // +QINDCFG: all kinds at once (LTE modules), +QIURC: those of the older GSM modules.
         {QStringLiteral("Quectel"), {QStringLiteral("quectel")}, QString(),
-            {"AT+QINDCFG=\"all\",0", "AT+QIURC=0"}, UssdForm::Plain, "AT+QCCID", {}, {}},
+            {"AT+QINDCFG=\"all\",0", "AT+QIURC=0"}, {UssdForm::Plain}, "AT+QCCID", {}, {}},
         // #QSS: changes of the SIM's state.
         {QStringLiteral("Telit"), {QStringLiteral("telit")}, QString(), {"AT#QSS=0"},
-            UssdForm::Plain, "AT#CCID", {}, {}},
+            {UssdForm::Plain}, "AT#CCID", {}, {}},
         // +WIND: all indications of the Wavecom line.
         {QStringLiteral("Sierra"), {QStringLiteral("sierra"), QStringLiteral("wavecom")}, QString(),
-            {"AT+WIND=0"}, UssdForm::Plain, "AT+CCID", {}, {}},
+            {"AT+WIND=0"}, {UssdForm::Plain}, "AT+ICCID", {}, {}},
         // +UREG: changes of the packet service.
         {QStringLiteral("u-blox"), {QStringLiteral("u-blox"), QStringLiteral("ublox")}, QString(),
-            {"AT+UREG=0"}, UssdForm::Plain, "AT+CCID", {}, {}},
+            {"AT+UREG=0"}, {UssdForm::Plain}, "AT+CCID", {}, {}},
         {QStringLiteral("Cinterion"),
             {QStringLiteral("cinterion"), QStringLiteral("siemens"), QStringLiteral("gemalto"),
                 QStringLiteral("thales")},
-            QString(), {}, UssdForm::Plain, "AT+CCID", {}, {}},
-        {QStringLiteral("generic 3GPP"), {}, QString(), {}, UssdForm::Plain, "AT+CCID", {}, {}},
+            QString(), {}, {UssdForm::Plain}, "AT+CCID", {}, {}},
+        {QStringLiteral("generic 3GPP"), {}, QString(), {}, {UssdForm::Plain, UssdForm::PackedHex},
+            "AT+CCID", {}, {}},
     };
     return dialects;
 }

@@ -16,7 +16,7 @@ struct AtDialect
     QStringList makers; ///< how the maker's name begins, lower case
     QString models; ///< pattern of models sold under the chip maker's name; may be empty
     QList<QByteArray> quietCommands; ///< stop the maker's own unsolicited lines
-    UssdForm ussdForm = UssdForm::Plain;
+    QList<UssdForm> ussdForms; ///< the one to try first, and what else it may take
     QByteArray cardNumberCommand; ///< asks for the SIM card's serial number (ICCID)
     /** Leave a stick no other device than the modem: the first that is taken does it. */
     QList<QByteArray> modemOnlyCommands;

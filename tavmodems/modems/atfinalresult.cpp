@@ -48,6 +48,10 @@ const NamedError NAMED_ERRORS[] = {
     {"SIM busy", 14},
     {"SIM wrong", 15},
     {"incorrect password", 16},
+    {"invalid characters in text string", 25},
+    {"no network service", 30},
+    {"incorrect parameters", 50},
+    {"unknown", 100},
 };
 
 AtReply ended(Status status, const QByteArray &line)

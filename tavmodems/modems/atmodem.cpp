@@ -35,6 +35,8 @@ constexpr milliseconds kRadioOn = 15s;
 constexpr milliseconds kSimReady = 10s;
 constexpr milliseconds kSimAppears = 3s; // a card is not seen at once after a reset
 constexpr milliseconds kRegistered = 30s;
+constexpr milliseconds kUssdAnswer = 30s;
+constexpr milliseconds kMessageAnswer = 60s;
 // Between two questions whether something has come about; a line from the modem ends it.
 constexpr milliseconds kAskAgain = 500ms;
 
@@ -58,13 +60,11 @@ const char *simText(AtSimState state)
     return "The modem does not tell the state of its SIM card.";
 }
 
-QList<AtModem::SSms> messagesOf(const QList<SmsStorage::Store> &stores)
+QList<AtModem::SSms> delivered(const QList<SmsMessage> &messages)
 {
     QList<AtModem::SSms> list;
-    for (const SmsStorage::Store &store : stores) {
-        for (const SmsMessage &message : store.messages)
-            list << AtModem::SSms{message.time, message.sender, message.text};
-    }
+    for (const SmsMessage &message : messages)
+        list << AtModem::SSms{message.time, message.sender, message.text};
     return list;
 }
 
@@ -231,13 +231,13 @@ bool AtModem::requestSelfNumber(bool fromSms, const QString &phone, QString &num
 {
     if (!m_d->session.begin())
         return false;
-    NumberRequest request(m_d->session);
-    return fromSms ? request.bySms(phone, number) : request.byUssd(phone, number);
+    return fromSms ? NumberRequest(m_d->session, messageLimit()).bySms(phone, number)
+                   : NumberRequest(m_d->session, ussdLimit()).byUssd(phone, number);
 }
 
 bool AtModem::sendUSSD(const QString &code, QString &answer)
 {
-    return m_d->session.begin() && UssdSession(m_d->session).request(code, answer);
+    return m_d->session.begin() && UssdSession(m_d->session, ussdLimit()).request(code, answer);
 }
 
 bool AtModem::getSignalLevel(int &level)
@@ -253,21 +253,21 @@ bool AtModem::getSignalLevel(int &level)
 
 bool AtModem::takeMessages(QList<SSms> &list)
 {
-    QList<SmsStorage::Store> stores;
+    QList<SmsMessage> messages;
     SmsStorage storage(m_d->session);
-    if (!m_d->session.begin() || !storage.read(stores))
+    if (!m_d->session.begin() || !storage.read(messages))
         return false;
-    list = messagesOf(stores);
-    storage.remove(stores);
+    list = delivered(messages);
+    storage.remove(messages);
     return true;
 }
 
 bool AtModem::readMessages(QList<SSms> &list)
 {
-    QList<SmsStorage::Store> stores;
-    if (!m_d->session.begin() || !SmsStorage(m_d->session).read(stores))
+    QList<SmsMessage> messages;
+    if (!m_d->session.begin() || !SmsStorage(m_d->session).read(messages))
         return false;
-    list = messagesOf(stores);
+    list = delivered(messages);
     return true;
 }
 
@@ -289,6 +289,16 @@ void AtModem::close()
 milliseconds AtModem::registrationLimit() const
 {
     return kRegistered;
+}
+
+milliseconds AtModem::ussdLimit() const
+{
+    return kUssdAnswer;
+}
+
+milliseconds AtModem::messageLimit() const
+{
+    return kMessageAnswer;
 }
 
 // The first question is the plainest; the further ones also undo what may have kept its answer
@@ -428,25 +438,26 @@ bool AtModem::Private::chooseModemAlone()
 {
     const AtDialect &dialect = *session.dialect;
     AtReply reply;
-    reply.status = AtReply::Status::Error;
+    reply.status = AtReply::Status::Refused; // when there is nothing to send
     for (const QByteArray &command : dialect.modemOnlyCommands) {
         reply = session.ask(command, kSetting);
-        if (reply.isOk())
+        if (reply.isOk() && !tellsFailure(reply.lines))
             return true;
         if (reply.isLost())
             return session.failLost(reply);
     }
     if (!dialect.devicesCommand.isEmpty()) {
         const AtReply devices = session.ask(dialect.devicesCommand + "=?", kQuery);
-        const auto choice = modemAlone(dialect.devicesCommand, devices.lines);
         if (devices.isLost())
             return session.failLost(devices);
-        if (choice)
+        if (const auto choice = modemAlone(dialect.devicesCommand, devices.lines)) {
             reply = session.ask(*choice, kSetting);
-        if (reply.isOk())
-            return true;
+            if (reply.isOk())
+                return true;
+        }
     }
-    return session.failAnswer(reply, QStringLiteral("The modem cannot be made a modem alone"));
+    return session.failAnswer(
+        reply, QStringLiteral("The modem cannot be switched to modem only mode"));
 }
 
 bool AtModem::Private::pause()

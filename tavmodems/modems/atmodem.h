@@ -161,6 +161,10 @@ public:
 protected:
     /** How long reset() waits for a network. */
     virtual std::chrono::milliseconds registrationLimit() const;
+    /** How long the network's answer to a USSD code is awaited. */
+    virtual std::chrono::milliseconds ussdLimit() const;
+    /** How long the operator's answer to a message is awaited. */
+    virtual std::chrono::milliseconds messageLimit() const;
 
 private:
     class Private;

@@ -28,6 +28,7 @@ void AtSession::close()
     dialect = nullptr;
     identity = {};
     isPlainCharset = false;
+    ussdForm.reset();
 }
 
 bool AtSession::begin()

@@ -4,9 +4,11 @@
 #include "aterror.h"
 #include "atidentity.h"
 #include "atport.h"
+#include "ussd.h"
 
 #include <atomic>
 #include <memory>
+#include <optional>
 
 struct AtDialect;
 
@@ -55,6 +57,8 @@ public:
     const AtDialect *dialect = nullptr; // of the static table
     /** Whether AT+CSCS was set to plain characters since the port was opened or the modem reset. */
     bool isPlainCharset = false;
+    /** In which form the modem has taken a USSD request since the port was opened. */
+    std::optional<UssdForm> ussdForm;
     /** AtModem::setAbortFlag(): the caller's, or null. */
     const std::atomic<bool> *abortFlag = nullptr;
 

@@ -115,6 +115,28 @@ QByteArray askedName(const QByteArray &command)
     return name.left(static_cast<int>(end - name.cbegin())).toUpper();
 }
 
+// Of the PDU in the line after this one; 0 when none follows.
+int followingOctets(const QByteArray &line)
+{
+    for (const char *name : {"+CMT:", "+CDS:", "+CBM:"}) {
+        if (line.startsWith(name))
+            return std::max(line.mid(5).split(',').last().trimmed().toInt(), 0);
+    }
+    return 0;
+}
+
+bool isPdu(const QByteArray &line, int octets)
+{
+    return line.size() >= 2 * octets && std::all_of(line.begin(), line.end(), [](char c) {
+        return (c >= '0' && c <= '9') || (c >= 'A' && c <= 'F') || (c >= 'a' && c <= 'f');
+    });
+}
+
+bool hasOpenQuote(const QByteArray &line)
+{
+    return line.count('"') % 2 != 0;
+}
+
 } // namespace
 
 bool isUnsolicited(const QByteArray &line, const QByteArray &command)
@@ -129,4 +151,25 @@ bool isUnsolicited(const QByteArray &line, const QByteArray &command)
     return name.toUpper() != askedName(command)
         && std::any_of(std::begin(NAMES), std::end(NAMES),
             [&name](const char *known) { return name == known; });
+}
+
+bool AtUnsolicited::takes(const QByteArray &line)
+{
+    const int pduOctets = m_pduOctets;
+    m_pduOctets = 0;
+    if (pduOctets > 0 && isPdu(line, pduOctets))
+        return true;
+    if (isUnsolicited(line, m_command)) {
+        m_pduOctets = followingOctets(line);
+        if (line.startsWith("+CUSD:"))
+            m_isTextOpen = hasOpenQuote(line);
+        return true;
+    }
+    const QByteArray name = askedName(m_command);
+    if (!m_isTextOpen || (!name.isEmpty() && line.toUpper().startsWith(name + ':'))) {
+        m_isTextOpen = false;
+        return false;
+    }
+    m_isTextOpen = !hasOpenQuote(line);
+    return true;
 }

@@ -2,6 +2,8 @@
 
 #include <QRegularExpression>
 
+#include <algorithm>
+
 std::optional<QByteArray> modemAlone(const QByteArray &command, const QList<QByteArray> &lines)
 {
     static const QRegularExpression device(
@@ -22,4 +24,10 @@ std::optional<QByteArray> modemAlone(const QByteArray &command, const QList<QByt
     // FF: nothing before the computer's own driver takes over, so that no drive shows.
     const QByteArray codes = control.isEmpty() ? modem : modem + ',' + control;
     return command + "=\"FF;" + codes + '"';
+}
+
+bool tellsFailure(const QList<QByteArray> &lines)
+{
+    return std::any_of(lines.begin(), lines.end(),
+        [](const QByteArray &line) { return line.contains("FAIL") && line.endsWith(":0"); });
 }

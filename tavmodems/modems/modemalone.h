@@ -11,3 +11,7 @@
  * `command` is "AT^SETPORT". None when the modem port is not among them.
  */
 std::optional<QByteArray> modemAlone(const QByteArray &command, const QList<QByteArray> &lines);
+
+/** Whether an answer that ends with OK says all the same that nothing was done: ZTE's "...
+ * result(0:FAIL 1:SUCCESS):0" to AT+ZCDRUN. */
+bool tellsFailure(const QList<QByteArray> &lines);

@@ -106,29 +106,18 @@ std::optional<QString> NetworkQuery::imei()
     const QByteArray imei = parseImei(reply.lines);
     if (!imei.isEmpty())
         return QString::fromLatin1(imei);
-    m_session.failAnswer(reply, QStringLiteral("The modem does not tell its serial number"));
+    if (!isLost())
+        m_session.failAnswer(reply, QStringLiteral("The modem does not tell its serial number"));
     return std::nullopt;
 }
 
 std::optional<AtCell> NetworkQuery::cell()
 {
-    std::optional<AtCell> known;
-    for (const QByteArray &name :
-        {QByteArray("+CREG"), QByteArray("+CGREG"), QByteArray("+CEREG")}) {
-        const AtReply setting = ask("AT" + name + "=2", kSetting);
-        if (isLost())
-            return std::nullopt;
-        if (!setting.isOk())
-            continue;
-        const AtReply reply = ask("AT" + name + '?', kQuery);
-        if (isLost())
-            return std::nullopt;
-        const auto cell = parseCell(name, reply.lines);
-        if (cell && !cell->area.isEmpty())
-            return cell;
-        if (!known)
-            known = cell;
-    }
+    const auto known = registration();
+    if (isLost())
+        return std::nullopt;
+    if (known && !known->area.isEmpty())
+        return known;
     m_session.fail(AtError::Refused,
         known && !isRegistered(known->registration)
             ? QStringLiteral("The modem is in no network.")
@@ -164,21 +153,43 @@ std::optional<QMap<QString, QVariant>> NetworkQuery::info()
     put(facts, "operator", operatorName());
     if (isLost())
         return std::nullopt;
-    const auto serving = cell();
+    const auto serving = registration();
     if (isLost())
         return std::nullopt;
     QVariantList cells;
     if (serving) {
+        const QLatin1String technology(technologyText(serving->technology.value_or(-1)));
         put(facts, "registration", QLatin1String(registrationText(serving->registration)));
-        put(facts, "technology", QLatin1String(technologyText(serving->technology.value_or(-1))));
-        QMap<QString, QVariant> cell{
-            {QStringLiteral("lac"), serving->area}, {QStringLiteral("cid"), serving->cell}};
-        put(cell, "technology", QLatin1String(technologyText(serving->technology.value_or(-1))));
-        cells << cell;
+        put(facts, "technology", technology);
+        if (!serving->area.isEmpty()) {
+            QMap<QString, QVariant> cell;
+            put(cell, "lac", serving->area);
+            put(cell, "cid", serving->cell);
+            put(cell, "technology", technology);
+            cells << cell;
+        }
     }
     facts.insert(QStringLiteral("gsmCells"), cells);
     m_session.begin(); // what it does not tell is no failure
     return facts;
+}
+
+// Of the network that tells the cell, or else the one that the modem is registered in, or else any.
+std::optional<AtCell> NetworkQuery::registration()
+{
+    std::optional<AtCell> best;
+    for (const QByteArray &name :
+        {QByteArray("+CREG"), QByteArray("+CGREG"), QByteArray("+CEREG")}) {
+        if (!ask("AT" + name + "=2", kSetting).isOk())
+            continue;
+        const auto cell = parseCell(name, ask("AT" + name + '?', kQuery).lines);
+        if (cell && !cell->area.isEmpty())
+            return cell;
+        if (cell
+            && (!best || (!isRegistered(best->registration) && isRegistered(cell->registration))))
+            best = cell;
+    }
+    return best;
 }
 
 // A modem that has gone, or has twice in a row said nothing, is not asked any more.

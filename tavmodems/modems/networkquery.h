@@ -40,6 +40,7 @@ public:
 private:
     AtReply ask(const QByteArray &command, std::chrono::milliseconds limit);
     bool isLost() const;
+    std::optional<AtCell> registration();
     QByteArray imsi();
     QByteArray iccid();
     QString operatorName();

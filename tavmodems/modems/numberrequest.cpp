@@ -15,18 +15,9 @@ using std::chrono::milliseconds;
 namespace {
 
 constexpr milliseconds kSetting = 1s;
-constexpr milliseconds kAnswer = 60s;
 // Between two looks for new messages; a line from the modem, which announces one, ends it.
 constexpr milliseconds kLookAgain = 5s;
 constexpr int kMostServiceDigits = 6;
-
-QList<SmsMessage> messagesOf(const QList<SmsStorage::Store> &stores)
-{
-    QList<SmsMessage> all;
-    for (const SmsStorage::Store &store : stores)
-        all += store.messages;
-    return all;
-}
 
 bool isSame(const SmsMessage &one, const SmsMessage &other)
 {
@@ -48,7 +39,7 @@ bool isFromService(const QString &sender, const QString &recipient)
 bool NumberRequest::byUssd(const QString &code, QString &number)
 {
     QString answer;
-    if (!UssdSession(m_session).request(code, answer))
+    if (!UssdSession(m_session, m_limit).request(code, answer))
         return false;
     const auto found = findPhoneNumber(answer);
     if (!found)
@@ -71,22 +62,21 @@ bool NumberRequest::bySms(const QString &service, QString &number)
     if (setting.isLost())
         return m_session.failLost(setting);
     SmsStorage storage(m_session);
-    QList<SmsStorage::Store> stores;
-    return storage.read(stores) && storage.send(recipient, text)
-        && awaitAnswer(recipient, messagesOf(stores), number);
+    QList<SmsMessage> known;
+    return storage.read(known) && storage.send(recipient, text)
+        && awaitAnswer(recipient, known, number);
 }
 
 bool NumberRequest::awaitAnswer(
     const QString &recipient, const QList<SmsMessage> &known, QString &number)
 {
-    const QDeadlineTimer deadline(kAnswer);
+    const QDeadlineTimer deadline(m_limit);
     SmsStorage storage(m_session);
     for (;;) {
-        QList<SmsStorage::Store> stores;
-        if (!storage.read(stores))
+        QList<SmsMessage> messages;
+        if (!storage.read(messages))
             return false;
-        const QList<SmsMessage> messages = messagesOf(stores);
-        for (const SmsMessage &message : messages) {
+        for (const SmsMessage &message : qAsConst(messages)) {
             const bool isOld = std::any_of(known.begin(), known.end(),
                 [&message](const SmsMessage &old) { return isSame(old, message); });
             const auto found = isOld || !isFromService(message.sender, recipient)

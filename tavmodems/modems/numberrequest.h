@@ -4,25 +4,28 @@
 
 #include <QString>
 
+#include <chrono>
+
 class AtSession;
 
 /** Asks the operator for the SIM card's own number. */
 class NumberRequest
 {
 public:
-    /** `session` outlives this. */
-    explicit NumberRequest(AtSession &session)
+    /** `session` outlives this; the operator's answer is awaited no longer than `limit`. */
+    NumberRequest(AtSession &session, std::chrono::milliseconds limit)
         : m_session(session)
+        , m_limit(limit)
     {
     }
 
-    /** By a USSD code, as long as UssdSession::request(). False with the session's error. */
+    /** By a USSD code. False with the session's error. */
     bool byUssd(const QString &code, QString &number);
 
     /**
      * By a message to `service`, the service's number and, behind a blank, what to write. The
-     * answer is awaited for 60 s from when the message is on its way, and stays on the modem.
-     * False with the session's error.
+     * limit runs from when the message is on its way. The answer stays on the modem. False with
+     * the session's error.
      */
     bool bySms(const QString &service, QString &number);
 
@@ -30,4 +33,5 @@ private:
     bool awaitAnswer(const QString &recipient, const QList<SmsMessage> &known, QString &number);
 
     AtSession &m_session;
+    const std::chrono::milliseconds m_limit;
 };

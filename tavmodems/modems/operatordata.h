@@ -23,7 +23,8 @@ public:
     QString balancePhone() const { return m_balancePhone; }
     void setBalancePhone(const QString &phone) { m_balancePhone = phone; }
 
-    /** Where the SIM's own number is asked: a USSD code, or a number to send an SMS to. */
+    /** Where the SIM's own number is asked: a USSD code, or a number to send an SMS to and, behind
+     * a blank, what to write there. */
     QString selfNumberPhone() const { return m_selfNumberPhone; }
     void setSelfNumberPhone(const QString &phone) { m_selfNumberPhone = phone; }
 

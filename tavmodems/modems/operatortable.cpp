@@ -156,7 +156,8 @@ private:
             const bool isSms = m_xml.name() == QLatin1String("sms");
             if ((isUssd && (into.selfNumberPhone().isEmpty() || into.selfNumberFromSms()))
                 || (isSms && into.selfNumberPhone().isEmpty())) {
-                into.setSelfNumberPhone(text());
+                const QString message = isSms ? onelinetext::cleaned(attribute("text")) : QString();
+                into.setSelfNumberPhone((text() + QLatin1Char(' ') + message).trimmed());
                 into.setSelfNumberFromSms(isSms);
             } else {
                 m_xml.skipCurrentElement();

@@ -6,6 +6,8 @@
 #include "smspdu.h"
 #include "smsstores.h"
 
+#include <algorithm>
+
 using namespace std::chrono_literals;
 using std::chrono::milliseconds;
 
@@ -16,50 +18,51 @@ constexpr milliseconds kStoreQuery = 5s; // the modem itself may be waiting for 
 constexpr milliseconds kListing = 30s; // a full store over a slow line
 constexpr milliseconds kRemoval = 5s;
 constexpr milliseconds kSending = 30s;
+// Tells the indexes of one store from those of another; no store has so many places.
+constexpr int kStride = 1000000;
 
 } // namespace
 
-bool SmsStorage::read(QList<Store> &stores)
+bool SmsStorage::read(QList<SmsMessage> &messages)
 {
     if (!choosePduMode())
         return false;
-    const AtReply reply = m_session.ask("AT+CPMS?", kStoreQuery);
-    if (reply.isLost())
-        return m_session.failLost(reply);
-    QList<QByteArray> names = parseSmsStores(reply.lines);
-    m_chosen = names.value(0);
-    if (names.isEmpty())
-        names << QByteArray();
-    QList<Store> all;
-    for (const QByteArray &name : qAsConst(names)) {
-        Store store{name, {}};
-        if (!choose(name) || !list(store))
-            return false;
-        all << store;
+    if (m_stores.isEmpty()) {
+        const AtReply reply = m_session.ask("AT+CPMS?", kStoreQuery);
+        if (reply.isLost())
+            return m_session.failLost(reply);
+        m_stores = parseSmsStores(reply.lines);
+        if (m_stores.isEmpty())
+            m_stores << QByteArray(); // whichever it is
     }
-    stores = all;
+    QList<StoredSms> stored;
+    for (int store = 0; store < m_stores.size(); ++store) {
+        const AtReply reply = choose(store);
+        if (reply.isLost())
+            return m_session.failLost(reply);
+        if (reply.isOk() && !list(store, stored))
+            return false;
+    }
+    messages = assembleMessages(stored);
     return true;
 }
 
-bool SmsStorage::remove(const QList<Store> &stores)
+bool SmsStorage::remove(const QList<SmsMessage> &messages)
 {
+    QList<int> places;
+    for (const SmsMessage &message : messages)
+        places += message.indexes;
+    std::sort(places.begin(), places.end());
     AtReply refusal;
     refusal.status = AtReply::Status::Ok;
-    for (const Store &store : stores) {
-        if (store.messages.isEmpty())
-            continue;
-        if (!choose(store.name))
-            return false;
-        for (const SmsMessage &message : store.messages) {
-            for (const int index : message.indexes) {
-                const AtReply reply
-                    = m_session.ask("AT+CMGD=" + QByteArray::number(index), kRemoval);
-                if (reply.isLost())
-                    return m_session.failLost(reply);
-                if (!reply.isOk())
-                    refusal = reply;
-            }
-        }
+    for (const int place : qAsConst(places)) {
+        AtReply reply = choose(place / kStride);
+        if (reply.isOk())
+            reply = m_session.ask("AT+CMGD=" + QByteArray::number(place % kStride), kRemoval);
+        if (reply.isLost())
+            return m_session.failLost(reply);
+        if (!reply.isOk())
+            refusal = reply;
     }
     return refusal.isOk()
         || m_session.failAnswer(refusal, QStringLiteral("A message could not be deleted"));
@@ -86,27 +89,31 @@ bool SmsStorage::choosePduMode()
         || m_session.failAnswer(reply, QStringLiteral("The modem has no short messages"));
 }
 
-bool SmsStorage::list(Store &store)
+bool SmsStorage::list(int store, QList<StoredSms> &into)
 {
-    const AtReply reply = m_session.ask("AT+CMGL=4", kListing);
+    const AtReply reply = m_session.ask("AT+CMGL=4", kListing); // 27.005 3.4.2: all
     if (!reply.isOk())
         return m_session.failAnswer(reply, QStringLiteral("The messages could not be read"));
     const SmsListing listing = parseSmsListing("+CMGL", reply.lines);
     for (const BrokenSms &broken : listing.broken)
         qCWarning(AT_MODEM).noquote() << m_session.path() << "the message" << broken.index
                                       << "cannot be read:" << broken.error;
-    store.messages = assembleMessages(listing.messages);
+    for (StoredSms sms : listing.messages) {
+        sms.index += store * kStride;
+        into << sms;
+    }
     return true;
 }
 
-bool SmsStorage::choose(const QByteArray &store)
+// A store that cannot be chosen is passed over.
+AtReply SmsStorage::choose(int store)
 {
+    AtReply reply;
+    reply.status = AtReply::Status::Ok;
     if (store == m_chosen)
-        return true;
-    const AtReply reply = m_session.ask("AT+CPMS=\"" + store + '"', kStoreQuery);
-    if (!reply.isOk())
-        return m_session.failAnswer(
-            reply, QStringLiteral("The store %1 cannot be chosen").arg(QString::fromUtf8(store)));
-    m_chosen = store;
-    return true;
+        return reply;
+    reply = m_session.ask("AT+CPMS=\"" + m_stores.at(store) + '"', kStoreQuery);
+    if (reply.isOk())
+        m_chosen = store;
+    return reply;
 }

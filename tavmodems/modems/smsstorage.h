@@ -1,5 +1,6 @@
 #pragma once
 
+#include "atreply.h"
 #include "smsassembler.h"
 
 #include <QByteArray>
@@ -18,32 +19,26 @@ public:
     {
     }
 
-    /** One store of the modem: "SM" on the card, "ME" in the modem... */
-    struct Store
-    {
-        QByteArray name; ///< empty for the one that the modem has chosen
-        QList<SmsMessage> messages;
-    };
-
     /**
      * Reads what was received, from the store that the modem reads from and from the one that it
-     * puts new messages in; 35 s at most for each. What cannot be read is logged and left out.
-     * False with the session's error when a store cannot be listed.
+     * puts new messages in; 35 s at most for each. What cannot be read is logged and left out. The
+     * messages' indexes are for remove() of this object alone. False with the session's error.
      */
-    bool read(QList<Store> &stores);
+    bool read(QList<SmsMessage> &messages);
 
-    /** Deletes all parts of these messages, 5 s at most for each. False with the session's error
-     * when one could not be deleted; the others are deleted all the same. */
-    bool remove(const QList<Store> &stores);
+    /** Deletes all parts of messages that were read, 5 s at most for each. False with the
+     * session's error when one could not be deleted; the others are deleted all the same. */
+    bool remove(const QList<SmsMessage> &messages);
 
     /** Sends a message, 30 s at most. */
     bool send(const QString &recipient, const QString &text);
 
 private:
     bool choosePduMode();
-    bool list(Store &store);
-    bool choose(const QByteArray &store);
+    bool list(int store, QList<StoredSms> &into);
+    AtReply choose(int store);
 
     AtSession &m_session;
-    QByteArray m_chosen; // the store that is read from
+    QList<QByteArray> m_stores; // their names, the one that the modem had chosen first
+    int m_chosen = 0;
 };

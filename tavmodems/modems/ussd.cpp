@@ -139,13 +139,12 @@ std::optional<Raw> rawAnswer(const QList<QByteArray> &lines, int at)
     text.remove(0, 1);
     std::optional<Raw> result;
     for (int i = at;;) {
-        // A quote with a coding scheme behind it is the end for certain; without, the first is,
-        // unless such a one follows: a text may hold quotes.
+        // A quote with a coding scheme behind it is the end for certain; without, the first that
+        // leaves the quotes within in pairs is, unless such a one follows.
         const auto match = end.match(QString::fromLatin1(text));
-        if (match.hasMatch() && (!result || !match.captured(1).isEmpty())) {
+        if (match.hasMatch() && (!result || !result->isWhole || !match.captured(1).isEmpty())) {
             result = raw;
             result->text = text.left(match.capturedStart());
-            // Quotes within a text come in pairs: an odd one is not the last.
             result->isWhole = result->text.count('"') % 2 == 0;
             if (!match.captured(1).isEmpty()) {
                 result->codingScheme = match.captured(1).toInt();

@@ -7,23 +7,25 @@
 
 #include <QDeadlineTimer>
 
+#include <algorithm>
+
 using namespace std::chrono_literals;
 using std::chrono::milliseconds;
 
 namespace {
 
 constexpr milliseconds kSetting = 1s;
-constexpr milliseconds kAnswer = 30s; // from the command to the network's text
 // Silence after which a text that does not show its end is taken to have ended.
 constexpr milliseconds kQuiet = 300ms;
 
-// What a modem says to a text in a form that it does not take, 27.007 9.2.1: not a word about it,
-// not allowed, not supported, not text at all, wrong parameters, unknown.
+// What a modem says to a text in a form that it does not take, 27.007 9.2.1: not allowed, not
+// supported, not text at all, wrong parameters, unknown; or ERROR and no more.
 bool isAboutForm(const AtReply &reply)
 {
-    constexpr int CODES[] = {-1, 3, 4, 25, 50, 100};
+    constexpr int CODES[] = {3, 4, 25, 50, 100};
     return reply.status == AtReply::Status::Error
-        && std::find(std::begin(CODES), std::end(CODES), reply.errorCode) != std::end(CODES);
+        && (!reply.errorText.startsWith('+')
+            || std::find(std::begin(CODES), std::end(CODES), reply.errorCode) != std::end(CODES));
 }
 
 QList<QByteArray> without(const QList<QByteArray> &unsolicited, const QByteArray &command)
@@ -45,26 +47,22 @@ milliseconds remaining(const QDeadlineTimer &deadline)
 
 bool UssdSession::request(const QString &code, QString &answer)
 {
-    const UssdForm own = m_session.dialect->ussdForm;
-    const UssdForm other = own == UssdForm::Plain ? UssdForm::PackedHex : UssdForm::Plain;
-    if (!m_session.isPlainCharset) {
-        // The text is in the character set of 27.007 5.5, which another program may have changed.
-        const AtReply reply = m_session.ask("AT+CSCS=\"GSM\"", kSetting);
-        if (reply.isLost())
-            return m_session.failLost(reply);
-        m_session.isPlainCharset = true;
-    }
+    if (!m_session.isPlainCharset && !choosePlainCharset())
+        return false;
     bool isFormRefused = false;
     bool isSendable = false;
-    for (const UssdForm form : {own, other}) {
+    const QList<UssdForm> forms
+        = m_session.ussdForm ? QList<UssdForm>{*m_session.ussdForm} : m_session.dialect->ussdForms;
+    for (const UssdForm form : forms) {
         const auto command = ussdCommand(code, form);
         if (!command)
             continue;
         isSendable = true;
-        if (exchange(*command, answer, isFormRefused))
-            return true;
-        if (!isFormRefused)
-            return false;
+        const bool isAnswered = m_session.begin() && exchange(*command, answer, isFormRefused);
+        if (isAnswered)
+            m_session.ussdForm = form;
+        if (isAnswered || !isFormRefused)
+            return isAnswered;
     }
     if (isSendable)
         return false; // the error is that of the last exchange
@@ -73,10 +71,24 @@ bool UssdSession::request(const QString &code, QString &answer)
                        : QStringLiteral("The USSD code %1 cannot be sent.").arg(code));
 }
 
+// A code is written in the character set of 27.007 5.5, which another program may have changed.
+bool UssdSession::choosePlainCharset()
+{
+    for (const char *command : {"AT+CSCS=\"GSM\"", "AT+CSCS=\"IRA\""}) {
+        const AtReply reply = m_session.ask(command, kSetting);
+        if (reply.isLost())
+            return m_session.failLost(reply);
+        if (reply.isOk())
+            break;
+    }
+    m_session.isPlainCharset = true;
+    return true;
+}
+
 bool UssdSession::exchange(const QByteArray &command, QString &answer, bool &isFormRefused)
 {
-    const QDeadlineTimer deadline(kAnswer);
-    const AtReply reply = m_session.ask(command, kAnswer);
+    const QDeadlineTimer deadline(m_limit);
+    const AtReply reply = m_session.ask(command, m_limit);
     isFormRefused = isAboutForm(reply);
     if (!reply.isOk())
         return m_session.failAnswer(reply, QStringLiteral("The USSD request was refused"));

@@ -1,8 +1,9 @@
 #pragma once
 
 #include <QByteArray>
-#include <QList>
 #include <QString>
+
+#include <chrono>
 
 class AtSession;
 
@@ -10,22 +11,25 @@ class AtSession;
 class UssdSession
 {
 public:
-    /** `session` outlives this. */
-    explicit UssdSession(AtSession &session)
+    /** `session` outlives this; the network's text is awaited no longer than `limit`. */
+    UssdSession(AtSession &session, std::chrono::milliseconds limit)
         : m_session(session)
+        , m_limit(limit)
     {
     }
 
     /**
-     * Sends a code and waits for the network's text, 30 s at most; then whatever the network still
-     * waits for is called off. Written in the form that the dialect has, and in the other one when
-     * the modem refuses that. False with the session's error when there is no text.
+     * Sends a code and waits for the network's text; then whatever the network still waits for is
+     * called off. Written in the dialect's first form, and in its next one when the modem refuses
+     * that. False with the session's error when there is no text.
      */
     bool request(const QString &code, QString &answer);
 
 private:
+    bool choosePlainCharset();
     bool exchange(const QByteArray &command, QString &answer, bool &isFormRefused);
     void callOff();
 
     AtSession &m_session;
+    const std::chrono::milliseconds m_limit;
 };

@@ -127,8 +127,16 @@ void ScriptedModem::hear(char c)
     }
     if (echo)
         say(QByteArray(1, c));
-    if (c != '\r') {
+    const bool isEnd = m_hearsText ? c == '\x1a' || c == '\x1b' : c == '\r';
+    if (!isEnd) {
         m_line += c;
+        return;
+    }
+    if (m_hearsText) {
+        m_hearsText = false;
+        note(m_line + c);
+        m_line.clear();
+        say(c == '\x1a' ? answerToText : ok());
         return;
     }
     const QByteArray heard = m_line;
@@ -140,19 +148,29 @@ void ScriptedModem::hear(char c)
 
 void ScriptedModem::answer(const QByteArray &command)
 {
-    {
-        const std::lock_guard<std::mutex> lock(m_mutex);
-        m_commands << command;
-    }
-    if (onCommand)
-        onCommand(command);
+    note(command);
     if (!hangUpOn.isEmpty() && command.startsWith(hangUpOn)) {
         ::close(m_master.exchange(-1));
         return;
     }
     if (command == "ATQ0V1E0" && answers.value(command) == ok())
         echo = false;
+    if (!promptOn.isEmpty() && command.startsWith(promptOn)) {
+        m_hearsText = true;
+        say("\r\n> ");
+        return;
+    }
     say(answerToAll.isEmpty() ? answers.value(command, "\r\nERROR\r\n") : answerToAll);
+}
+
+void ScriptedModem::note(const QByteArray &heard)
+{
+    {
+        const std::lock_guard<std::mutex> lock(m_mutex);
+        m_commands << heard;
+    }
+    if (onCommand)
+        onCommand(heard);
 }
 
 void ScriptedModem::say(const QByteArray &bytes)

@@ -28,13 +28,15 @@ public:
     bool online = false; ///< in a data call: hears nothing but the escape
     QByteArray endless; ///< sent over and over, as fast as it is taken
     QByteArray answerToAll; ///< instead of the table
+    QByteArray promptOn; ///< the command that asks for a text with "> ", up to Ctrl-Z or Escape
+    QByteArray answerToText;
     QByteArray hangUpOn; ///< the command at which the port vanishes
     QMap<QByteArray, QByteArray> answers; ///< unknown commands get ERROR, "" no answer
     std::function<void(const QByteArray &)> onCommand; ///< in the modem's thread
 
     void start();
     QString path() const { return m_path; }
-    QList<QByteArray> commands() const;
+    QList<QByteArray> commands() const; ///< and the texts, with what ended each
     void hangUp(); ///< the port vanishes
 
     /** "\r\nTEXT\r\n\r\nOK\r\n" */
@@ -44,6 +46,7 @@ private:
     void run();
     void hear(char c);
     void answer(const QByteArray &command);
+    void note(const QByteArray &heard);
     void say(const QByteArray &bytes);
 
     std::atomic<int> m_master{-1};
@@ -51,6 +54,7 @@ private:
     int m_wake[2] = {-1, -1};
     QString m_path;
     QByteArray m_line;
+    bool m_hearsText = false;
     qint64 m_lastHeard = 0;
     mutable std::mutex m_mutex;
     QList<QByteArray> m_commands;

@@ -3,6 +3,8 @@
 #include "atnetwork.h"
 #include "atsignal.h"
 #include "attext.h"
+#include "modemalone.h"
+#include "smsstores.h"
 
 #include <QTest>
 
@@ -20,6 +22,12 @@ private slots:
     void readsTexts();
     void readsSignal_data();
     void readsSignal();
+    void readsExtendedSignal_data();
+    void readsExtendedSignal();
+    void readsStores_data();
+    void readsStores();
+    void choosesTheModemAlone_data();
+    void choosesTheModemAlone();
     void readsOperators_data();
     void readsOperators();
     void readsNetworks_data();
@@ -90,6 +98,76 @@ void TestAtAnswers::readsSignal()
 {
     QFETCH(QByteArray, line);
     QTEST(parseSignalLevel({line}).value_or(0), "expected");
+}
+
+void TestAtAnswers::readsExtendedSignal_data()
+{
+    QTest::addColumn<QByteArray>("line");
+    QTest::addColumn<int>("expected"); // 0: not known
+    // 27.007 8.69
+    QTest::newRow("LTE, weakest") << QByteArray("+CESQ: 99,99,255,255,0,0") << -141;
+    QTest::newRow("LTE") << QByteArray("+CESQ: 99,99,255,255,20,44") << -97;
+    QTest::newRow("LTE, strongest") << QByteArray("+CESQ: 99,99,255,255,34,97") << -44;
+    QTest::newRow("UMTS") << QByteArray("+CESQ: 99,99,50,30,255,255") << -71;
+    QTest::newRow("GSM") << QByteArray("+CESQ: 40,0,255,255,255,255") << -71;
+    QTest::newRow("not known") << QByteArray("+CESQ: 99,99,255,255,255,255") << 0;
+    QTest::newRow("not in the table") << QByteArray("+CESQ: 64,99,97,255,255,98") << 0;
+    QTest::newRow("below zero") << QByteArray("+CESQ: -1,99,-1,255,255,-1") << 0;
+    QTest::newRow("cut off") << QByteArray("+CESQ: 99,99") << 0;
+    QTest::newRow("another answer") << QByteArray("+CSQ: 17,99") << 0;
+}
+
+void TestAtAnswers::readsExtendedSignal()
+{
+    QFETCH(QByteArray, line);
+    QTEST(parseExtendedSignalLevel({line}).value_or(0), "expected");
+}
+
+void TestAtAnswers::readsStores_data()
+{
+    QTest::addColumn<Lines>("lines");
+    QTest::addColumn<Lines>("expected");
+    // 27.005 3.2.2
+    QTest::newRow("one") << Lines{"+CPMS: \"SM\",1,20,\"SM\",1,20,\"SM\",1,20"} << Lines{"SM"};
+    QTest::newRow("bare") << Lines{"+CPMS: SM,1,20,SM,1,20,SM,1,20"} << Lines{"SM"};
+    QTest::newRow("new ones elsewhere")
+        << Lines{"+CPMS: \"SM\",1,20,\"SM\",1,20,\"ME\",3,99"} << Lines{"SM", "ME"};
+    QTest::newRow("both at once") << Lines{"+CPMS: \"MT\",1,119,\"SM\",1,20,\"ME\",3,99"}
+                                  << Lines{"MT"};
+    QTest::newRow("the first alone") << Lines{"+CPMS: \"SM\",1,20"} << Lines{"SM"};
+    QTest::newRow("empty") << Lines{"+CPMS: "} << Lines();
+    QTest::newRow("no answer") << Lines{"+CMGF: 0"} << Lines();
+}
+
+void TestAtAnswers::readsStores()
+{
+    QFETCH(Lines, lines);
+    QTEST(parseSmsStores(lines), "expected");
+}
+
+void TestAtAnswers::choosesTheModemAlone_data()
+{
+    QTest::addColumn<Lines>("lines");
+    QTest::addColumn<QByteArray>("expected");
+    const QByteArray command = "AT^SETPORT=\"FF;";
+    QTest::newRow("LTE stick") << Lines{"^SETPORT:3: 3G DIAG", "^SETPORT:10: 4G MODEM",
+        "^SETPORT:12: 4G PCUI", "^SETPORT:16: NCM", "^SETPORT:A1: CDROM", "^SETPORT:A2: SD"}
+                               << command + "10,12\"";
+    QTest::newRow("UMTS stick") << Lines{"^SETPORT:1: 3G MODEM", "^SETPORT:2: 3G PCUI",
+        "^SETPORT:A1: CDROM"} << command + "1,2\"";
+    QTest::newRow("the elder of two") << Lines{"^SETPORT:1: 3G MODEM", "^SETPORT:2: 3G PCUI",
+        "^SETPORT:10: 4G MODEM", "^SETPORT:12: 4G PCUI"}
+                                      << command + "1,2\"";
+    QTest::newRow("no control port") << Lines{"^SETPORT:1: MODEM"} << command + "1\"";
+    QTest::newRow("no modem") << Lines{"^SETPORT:16: NCM", "^SETPORT:12: 4G PCUI"} << QByteArray();
+    QTest::newRow("no device by that number") << Lines{"^SETPORT:1G: 3G MODEM"} << QByteArray();
+    QTest::newRow("nothing") << Lines() << QByteArray();
+}
+
+void TestAtAnswers::choosesTheModemAlone()
+{
+    QFETCH(Lines, lines);
+    QTEST(modemAlone("AT^SETPORT", lines).value_or(QByteArray()), "expected");
 }
 
 void TestAtAnswers::readsOperators_data()

@@ -83,10 +83,18 @@ private slots:
     void knowsFinalResults();
     void knowsUnsolicitedLines_data();
     void knowsUnsolicitedLines();
+    void knowsWhatBelongsToUnsolicitedLines_data();
+    void knowsWhatBelongsToUnsolicitedLines();
     void readsAnswers_data();
     void readsAnswers();
     void readsAnswersCutAnywhere();
     void sendsCommandWithCarriageReturn();
+    void sendsATextWhenAskedForIt_data();
+    void sendsATextWhenAskedForIt();
+    void sendsNoTextUnasked_data();
+    void sendsNoTextUnasked();
+    void leavesATextThatIsNotTaken();
+    void sendsNoTextWithControlCharacters();
     void sendsNoControlCharacters_data();
     void sendsNoControlCharacters();
     void leavesOldInputOutOfTheAnswer();
@@ -251,6 +259,54 @@ void TestAtChannel::knowsUnsolicitedLines()
     QTEST(isUnsolicited(line, command), "expected");
 }
 
+void TestAtChannel::knowsWhatBelongsToUnsolicitedLines_data()
+{
+    QTest::addColumn<QByteArray>("command");
+    QTest::addColumn<Lines>("lines");
+    QTest::addColumn<Lines>("answer");
+    const QByteArray imsi = "250011234567890";
+    // 27.005 3.4.1: <length> counts the octets behind the service centre's address
+    QTest::newRow("message handed on")
+        << QByteArray("AT+CIMI") << Lines{"+CMT: ,4", "0004AABBCC", imsi} << Lines{imsi};
+    QTest::newRow("message with a name")
+        << QByteArray("AT+CIMI") << Lines{"+CMT: \"Me\",4", "0004aabbcc", imsi} << Lines{imsi};
+    QTest::newRow("status report, broadcast")
+        << QByteArray("AT+CIMI") << Lines{"+CDS: 4", "0004AABBCC", "+CBM: 4", "0004AABBCC", imsi}
+        << Lines{imsi};
+    QTest::newRow("without its PDU")
+        << QByteArray("AT+CIMI") << Lines{"+CMT: ,24", imsi} << Lines{imsi};
+    QTest::newRow("report between heading and PDU of a list")
+        << QByteArray("AT+CMGL=4") << Lines{"+CMGL: 1,1,,4", "+CMT: ,4", "0004AABBCC", "0004112233"}
+        << Lines{"+CMGL: 1,1,,4", "0004112233"};
+    QTest::newRow("report in text mode")
+        << QByteArray("AT+CIMI") << Lines{"+CDS: 6,123,\"+7916\",145", imsi} << Lines{imsi};
+    // 27.007 7.15, the text as it came over the network
+    QTest::newRow("text over several lines")
+        << QByteArray("AT+CIMI") << Lines{"+CUSD: 0,\"Balans", "5 rub", "Bye\",15", imsi}
+        << Lines{imsi};
+    QTest::newRow("text in one line")
+        << QByteArray("AT+CIMI") << Lines{"+CUSD: 0,\"Balans\",15", imsi} << Lines{imsi};
+    QTest::newRow("text that does not end")
+        << QByteArray("AT+CSQ") << Lines{"+CUSD: 0,\"Balans", "5 rub", "+CSQ: 17,99", "more"}
+        << Lines{"+CSQ: 17,99", "more"};
+    QTest::newRow("a text that was asked for")
+        << QByteArray("AT+CUSD=1,\"*100#\",15") << Lines{"+CUSD: 0,\"Balans", "5 rub\",15"}
+        << Lines{"+CUSD: 0,\"Balans", "5 rub\",15"};
+}
+
+void TestAtChannel::knowsWhatBelongsToUnsolicitedLines()
+{
+    QFETCH(QByteArray, command);
+    QFETCH(Lines, lines);
+    AtUnsolicited unsolicited(command);
+    Lines answer;
+    for (const QByteArray &line : qAsConst(lines)) {
+        if (!unsolicited.takes(line))
+            answer << line;
+    }
+    QTEST(answer, "answer");
+}
+
 void TestAtChannel::readsAnswers_data()
 {
     QTest::addColumn<QByteArray>("command");
@@ -332,6 +388,74 @@ void TestAtChannel::sendsCommandWithCarriageReturn()
     Bench bench;
     QVERIFY(bench.ask("AT+CSQ", {"\r\nOK\r\n"}).isOk());
     QCOMPARE(bench.device.written, Lines{"AT+CSQ\r"});
+}
+
+void TestAtChannel::sendsATextWhenAskedForIt_data()
+{
+    QTest::addColumn<Lines>("prompt");
+    QTest::addColumn<Lines>("answer");
+    const QByteArray done = "\r\n+CMGS: 5\r\n\r\nOK\r\n";
+    // 27.005 4.3
+    QTest::newRow("as the standard has it") << Lines{"\r\n> "} << Lines{done};
+    QTest::newRow("byte by byte") << Lines{"\r", "\n", ">", " "} << pieces(done, 1);
+    QTest::newRow("with echo") << Lines{"AT+CMGS=2\r\r\n> "} << Lines{"0011\x1a" + done};
+    QTest::newRow("with echo in pieces")
+        << Lines{"AT+CM", "GS=2\r\r\n> "} << Lines{"00", "11\x1a", done};
+    QTest::newRow("without a blank") << Lines{"\r\n>"} << Lines{" ", done};
+    QTest::newRow("in a line of its own") << Lines{"\r\n>\r\n"} << Lines{done};
+    QTest::newRow("unsolicited lines around")
+        << Lines{"\r\n^RSSI:17\r\n", "\r\n> "} << Lines{"\r\nRING\r\n", done};
+}
+
+void TestAtChannel::sendsATextWhenAskedForIt()
+{
+    QFETCH(Lines, prompt);
+    QFETCH(Lines, answer);
+    Bench bench;
+    bench.device.answers["AT+CMGS=2\r"] = prompt;
+    bench.device.answers["0011\x1a"] = answer;
+    const AtReply reply = bench.channel.sendText("AT+CMGS=2", "0011", kLong);
+    QCOMPARE(reply.status, Status::Ok);
+    QCOMPARE(reply.lines, Lines{"+CMGS: 5"});
+    QCOMPARE(bench.device.written, Lines({"AT+CMGS=2\r", "0011\x1a"}));
+}
+
+void TestAtChannel::sendsNoTextUnasked_data()
+{
+    QTest::addColumn<QByteArray>("answer");
+    QTest::addColumn<Status>("status");
+    QTest::addColumn<Lines>("behind");
+    QTest::newRow("refused") << QByteArray("\r\n+CMS ERROR: 330\r\n") << Status::Error << Lines();
+    QTest::newRow("done at once") << QByteArray("\r\nOK\r\n") << Status::Ok << Lines();
+    QTest::newRow("silence, called back") << QByteArray() << Status::Timeout << Lines{"\x1b"};
+    QTest::newRow("another line") << QByteArray("\r\n> no\r\n") << Status::Timeout << Lines{"\x1b"};
+}
+
+void TestAtChannel::sendsNoTextUnasked()
+{
+    QFETCH(QByteArray, answer);
+    QFETCH(Lines, behind);
+    Bench bench;
+    bench.device.answers["AT+CMGS=2\r"] = {answer};
+    const AtReply reply = bench.channel.sendText("AT+CMGS=2", "0011", kShort);
+    QTEST(reply.status, "status");
+    QCOMPARE(bench.device.written, Lines{"AT+CMGS=2\r"} + behind);
+}
+
+void TestAtChannel::leavesATextThatIsNotTaken()
+{
+    Bench bench;
+    bench.device.answers["AT+CMGS=2\r"] = {"\r\n> "};
+    QCOMPARE(bench.channel.sendText("AT+CMGS=2", "0011", kShort).status, Status::Timeout);
+    QCOMPARE(bench.device.written, Lines({"AT+CMGS=2\r", "0011\x1a", "\x1b"}));
+}
+
+void TestAtChannel::sendsNoTextWithControlCharacters()
+{
+    Bench bench;
+    QTest::ignoreMessage(QtWarningMsg, "test a command with control characters is not sent");
+    QCOMPARE(bench.channel.sendText("AT+CMGS=2", "00\x1a", kLong).status, Status::Refused);
+    QVERIFY(bench.device.written.isEmpty());
 }
 
 void TestAtChannel::sendsNoControlCharacters_data()

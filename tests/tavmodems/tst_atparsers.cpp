@@ -313,6 +313,10 @@ void TestAtParsers::dialectsAreSound()
             QCOMPARE(findDialect(AtIdentity{maker, QString()}).name, dialect.name);
         for (const QByteArray &command : dialect.quietCommands)
             QVERIFY(command.startsWith("AT"));
+        for (const QByteArray &command : dialect.modemOnlyCommands)
+            QVERIFY(command.startsWith("AT"));
+        QVERIFY(dialect.cardNumberCommand.startsWith("AT"));
+        QVERIFY(!dialect.ussdForms.isEmpty());
     }
     QCOMPARE(names.size(), 9);
     QCOMPARE(allDialects().last().name, QStringLiteral("generic 3GPP"));

@@ -166,7 +166,11 @@ void TestOperatorTable::asksForTheOwnNumber_data()
     const QByteArray ussd = "<ussd>*99#</ussd>";
     const QByteArray sms = "<sms text=\"NUM\">5050</sms>";
     QTest::newRow("by USSD") << ussd << QStringLiteral("*99#") << false;
-    QTest::newRow("by SMS") << sms << QStringLiteral("5050") << true;
+    QTest::newRow("by SMS") << sms << QStringLiteral("5050 NUM") << true;
+    QTest::newRow("by SMS of several words") << QByteArray("<sms text=\" MY NUMBER \">5050</sms>")
+                                             << QStringLiteral("5050 MY NUMBER") << true;
+    QTest::newRow("by SMS without a text")
+        << QByteArray("<sms text=\"\">5050</sms>") << QStringLiteral("5050") << true;
     QTest::newRow("by both") << ussd + sms << QStringLiteral("*99#") << false;
     QTest::newRow("by both, SMS first") << sms + ussd << QStringLiteral("*99#") << false;
     QTest::newRow("by two codes") << ussd + "<ussd>*1#</ussd>" << QStringLiteral("*99#") << false;
@@ -279,7 +283,7 @@ void TestOperatorTable::laysFilesOver()
     QCOMPARE(data.userName(), QString()); // those of the other access point would be wrong
     QCOMPARE(data.password(), QString());
     QCOMPARE(data.balancePhone(), QStringLiteral("*100#"));
-    QCOMPARE(data.selfNumberPhone(), QStringLiteral("5050"));
+    QCOMPARE(data.selfNumberPhone(), QStringLiteral("5050 N"));
     QVERIFY(data.selfNumberFromSms());
     QCOMPARE(table.find(250, 2)->name(), QStringLiteral("Stays"));
 }

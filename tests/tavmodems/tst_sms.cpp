@@ -92,6 +92,10 @@ private slots:
     void readsParts();
     void readsSubmit_data();
     void readsSubmit();
+    void writesSubmit_data();
+    void writesSubmit();
+    void refusesToWrite_data();
+    void refusesToWrite();
     void readsStatusReport();
     void refusesBroken_data();
     void refusesBroken();
@@ -369,6 +373,70 @@ void TestSms::readsSubmit()
     QCOMPARE(pdu->address, QStringLiteral("+46708251358"));
     QCOMPARE(pdu->text, QStringLiteral("hellohello"));
     QVERIFY(!pdu->time.isValid());
+}
+
+void TestSms::writesSubmit_data()
+{
+    QTest::addColumn<QString>("recipient");
+    QTest::addColumn<QString>("text");
+    QTest::addColumn<QByteArray>("hex");
+    // 23.040 9.2.2.2: the one of tutorials on PDU mode, without a validity period.
+    QTest::newRow("international") << QStringLiteral("+46708251358") << QStringLiteral("hellohello")
+                                   << QByteArray("0001000B916407281553F800000AE8329BFD4697D9EC37");
+    QTest::newRow("service number") << QStringLiteral("5050") << QStringLiteral("hellohello")
+                                    << QByteArray("000100048105"
+                                                  "0500000AE8329BFD4697D9EC37");
+    QTest::newRow("odd number of digits") << QStringLiteral("111") << QStringLiteral("hellohello")
+                                          << QByteArray("0001000381"
+                                                        "11F100000AE8329BFD4697D9EC37");
+    QTest::newRow("star and hash") << QStringLiteral("*11#") << QStringLiteral("hellohello")
+                                   << QByteArray("000100"
+                                                 "04811AB1"
+                                                 "00000AE8329BFD4697D9EC37");
+    QTest::newRow("not of the 7-bit alphabet") << QStringLiteral("5050") << QStringLiteral("Да")
+                                               << QByteArray("000100048105050008"
+                                                             "0404140430");
+    QTest::newRow("no text") << QStringLiteral("5050") << QString()
+                             << QByteArray("0001000481050500"
+                                           "0000");
+}
+
+void TestSms::writesSubmit()
+{
+    QFETCH(QString, recipient);
+    QFETCH(QString, text);
+    const auto submit = encodeSmsSubmit(recipient, text);
+    QVERIFY(submit);
+    QTEST(submit->octets.toHex().toUpper(), "hex");
+    QCOMPARE(submit->tpduLength, submit->octets.size() - 1);
+    const auto pdu = decodeSmsPdu(submit->octets, submit->tpduLength, nullptr);
+    QVERIFY(pdu);
+    QCOMPARE(pdu->kind, SmsPdu::Kind::Submit);
+    QCOMPARE(pdu->address, recipient);
+    QCOMPARE(pdu->text, text);
+}
+
+void TestSms::refusesToWrite_data()
+{
+    QTest::addColumn<QString>("recipient");
+    QTest::addColumn<QString>("text");
+    const QString text = QStringLiteral("NUM");
+    QTest::newRow("no recipient") << QString() << text;
+    QTest::newRow("a name") << QStringLiteral("Operator") << text;
+    QTest::newRow("plus alone") << QStringLiteral("+") << text;
+    QTest::newRow("too many digits") << QString(21, QLatin1Char('1')) << text;
+    QTest::newRow("a second command") << QStringLiteral("1\rATD112;") << text;
+    QTest::newRow("161 characters") << QStringLiteral("1") << QString(161, QLatin1Char('a'));
+    QTest::newRow("81 of two septets") << QStringLiteral("1") << QString(81, QChar(0x20AC));
+    QTest::newRow("71 of UCS2") << QStringLiteral("1") << QString(71, QChar(0x0414));
+}
+
+void TestSms::refusesToWrite()
+{
+    QFETCH(QString, recipient);
+    QFETCH(QString, text);
+    QVERIFY(!encodeSmsSubmit(recipient, text));
+    QVERIFY(encodeSmsSubmit(QStringLiteral("1"), text.left(70)));
 }
 
 void TestSms::readsStatusReport()

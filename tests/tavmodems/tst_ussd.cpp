@@ -22,6 +22,8 @@ private slots:
     void readsStatus();
     void waitsForTheEnd_data();
     void waitsForTheEnd();
+    void tellsWhetherTheTextIsWhole_data();
+    void tellsWhetherTheTextIsWhole();
     void writesCommands_data();
     void writesCommands();
     void refusesCodes_data();
@@ -160,6 +162,32 @@ void TestUssd::waitsForTheEnd()
     QVERIFY(!parseUssdAnswer(lines));
 }
 
+void TestUssd::tellsWhetherTheTextIsWhole_data()
+{
+    QTest::addColumn<Lines>("lines");
+    QTest::addColumn<bool>("isWhole");
+    QTest::addColumn<QString>("text");
+    const auto row = [](const char *name, const Lines &lines, bool isWhole, const char *text) {
+        QTest::newRow(name) << lines << isWhole << QString::fromUtf8(text);
+    };
+    row("coding scheme", {"+CUSD: 0,\"Tarif \"X\",15"}, true, "Tarif \"X");
+    row("one pair of quotes", {"+CUSD: 0,\"Balans 5\""}, true, "Balans 5");
+    row("pairs within", {"+CUSD: 0,\"Tarif \"X\" and \"Y\"\""}, true, "Tarif \"X\" and \"Y\"");
+    row("a pair that ends the line", {"+CUSD: 0,\"Tarif \"X\""}, false, "Tarif \"X");
+    row("its end", {"+CUSD: 0,\"Tarif \"X\"", "Balans 5\""}, true, "Tarif \"X\"\nBalans 5");
+    row("without quotes", {"+CUSD: 0,Balans 5"}, true, "Balans 5");
+    row("no text", {"+CUSD: 2"}, true, "");
+}
+
+void TestUssd::tellsWhetherTheTextIsWhole()
+{
+    QFETCH(Lines, lines);
+    const auto answer = parseUssdAnswer(lines);
+    QVERIFY(answer);
+    QTEST(answer->isWhole, "isWhole");
+    QTEST(answer->text, "text");
+}
+
 void TestUssd::writesCommands_data()
 {
     QTest::addColumn<QString>("code");
@@ -229,11 +257,12 @@ void TestUssd::readsWhatItWrites()
 
 void TestUssd::dialectsHaveTheirForm()
 {
-    QCOMPARE(findDialect({QStringLiteral("huawei"), QStringLiteral("E1550")}).ussdForm,
+    QCOMPARE(findDialect({QStringLiteral("huawei"), QStringLiteral("E1550")}).ussdForms.first(),
         UssdForm::PackedHex);
-    QCOMPARE(findDialect({QStringLiteral("SIMCOM_Ltd"), QStringLiteral("SIM800")}).ussdForm,
+    QCOMPARE(
+        findDialect({QStringLiteral("SIMCOM_Ltd"), QStringLiteral("SIM800")}).ussdForms.first(),
         UssdForm::Plain);
-    QCOMPARE(allDialects().last().ussdForm, UssdForm::Plain);
+    QCOMPARE(allDialects().last().ussdForms.first(), UssdForm::Plain);
 }
 
 void TestUssd::survivesNoise()
