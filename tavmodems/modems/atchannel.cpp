@@ -224,9 +224,11 @@ void AtChannel::logIn(const QByteArray &line, bool secret)
 {
     if (++m_shown > kMaxShown) {
         if (m_shown == kMaxShown + 1)
-            qCDebug(AT_MODEM).noquote() << m_name << "<- and more, which is not shown";
+            qCDebug(AT_MODEM).noquote()
+                << m_name + QStringLiteral(": and more, which is not shown");
         return;
     }
     const QByteArray shown = secret ? QByteArrayLiteral("***") : atsecrets::masked(line);
-    qCDebug(AT_MODEM).noquote() << m_name << "<-" << logbinary(shown, "UTF-8");
+    // Not an arrow of "<-": what shows a log as rich text would take the rest for markup.
+    qCDebug(AT_MODEM).noquote() << m_name + QLatin1Char(':') << logbinary(shown, "UTF-8");
 }

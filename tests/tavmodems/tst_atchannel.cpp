@@ -659,7 +659,7 @@ void TestAtChannel::showsTrafficInTheLog()
     const LogOfTraffic log;
     Bench bench;
     bench.ask("AT+CPIN?", {"\r\n+CPIN: READY\r\n\r\nOK\r\n"});
-    QCOMPARE(log.text(), QStringLiteral("test -> AT+CPIN?\ntest <- +CPIN: READY\ntest <- OK"));
+    QCOMPARE(log.text(), QStringLiteral("test -> AT+CPIN?\ntest: +CPIN: READY\ntest: OK"));
 }
 
 void TestAtChannel::doesNotFillTheLog()
@@ -671,9 +671,9 @@ void TestAtChannel::doesNotFillTheLog()
         answer += "\r\n^RSSI:17\r\n";
     QVERIFY(bench.ask("AT", {answer + "\r\nOK\r\n"}).isOk());
     QVERIFY(log.text().count(QLatin1Char('\n')) < 500);
-    QVERIFY(log.text().endsWith(QStringLiteral("test <- and more, which is not shown")));
+    QVERIFY(log.text().endsWith(QStringLiteral("test: and more, which is not shown")));
     QVERIFY(bench.ask("AT", {"\r\nOK\r\n"}).isOk());
-    QVERIFY(log.text().endsWith(QStringLiteral("test -> AT\ntest <- OK")));
+    QVERIFY(log.text().endsWith(QStringLiteral("test -> AT\ntest: OK")));
 }
 
 void TestAtChannel::survivesNoise()
