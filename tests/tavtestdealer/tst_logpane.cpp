@@ -1,5 +1,6 @@
 #include "loggermanager.h"
 #include "logpane.h"
+#include "painted.h"
 #include "stallwatch.h"
 
 #include <QElapsedTimer>
@@ -263,6 +264,62 @@ private slots:
         // Logging 20000 messages is a turn of some length by itself; showing them all in it is one
         // of about a second.
         QVERIFY2(watch.longest() <= 500, qPrintable(QString::number(watch.longest())));
+    }
+
+    void whatHasComeIsPaintedOnDemand()
+    {
+        QTextBrowser browser;
+        browser.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&browser));
+        Painted screen(&browser);
+        LogPane pane(&browser, PANE());
+        qCDebug(PANE, "first");
+        QVERIFY(!screen.contains("first"));
+        pane.paint();
+        QVERIFY(screen.contains("first"));
+    }
+
+    // As long as the GUI thread is kept from its event loop nothing else would paint it.
+    void livePaneIsPaintedWithoutTheEventLoop()
+    {
+        QTextBrowser browser;
+        browser.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&browser));
+        Painted screen(&browser);
+        LogPane pane(&browser, PANE());
+        pane.setLive(true);
+        QElapsedTimer watch;
+        watch.start();
+        while (!screen.contains("first") && watch.elapsed() < 10000)
+            qCDebug(PANE, "first");
+        QVERIFY(screen.contains("first"));
+        pane.setLive(false);
+        QElapsedTimer quiet;
+        quiet.start();
+        while (quiet.elapsed() < 200)
+            qCDebug(PANE, "second");
+        QVERIFY(!screen.contains("second"));
+    }
+
+    // More than one turn's share goes to a live pane: there are no turns meanwhile.
+    void livePaneShowsAFloodAsItComes()
+    {
+        QTextBrowser browser;
+        browser.show();
+        LogPane pane(&browser, PANE());
+        pane.setLive(true);
+        QElapsedTimer watch;
+        watch.start();
+        int sent = 0;
+        while (watch.elapsed() < 1000)
+            qCDebug(PANE, "%d", ++sent);
+        const int live = texts(&browser).size();
+        pane.clear();
+        pane.setLive(false);
+        watch.start();
+        while (watch.elapsed() < 1000)
+            qCDebug(PANE, "%d", ++sent);
+        QVERIFY2(live > 2 * texts(&browser).size(), qPrintable(QString::number(live)));
     }
 
     void goneInTheMiddleOfAFlood()

@@ -1,7 +1,9 @@
 #include "dragout.h"
 #include "marktranslator.h"
 #include "modalbox.h"
+#include "modemackwidget.h"
 #include "modemswidget.h"
+#include "searchwidget.h"
 #include "testdialwidget.h"
 #include "touchstyle.h"
 
@@ -12,6 +14,8 @@
 #include "tavbusqueryhandler.h"
 
 #include <QButtonGroup>
+#include <QComboBox>
+#include <QListView>
 #include <QPushButton>
 #include <QStackedWidget>
 #include <QTest>
@@ -130,18 +134,13 @@ private slots:
         QCOMPARE(stack->currentIndex(), 0);
         QCOMPARE(stack->widget(0)->objectName(), QStringLiteral("pageDial"));
         QVERIFY(qobject_cast<TestDialWidget *>(stack->widget(0)));
+        QCOMPARE(stack->widget(1)->objectName(), QStringLiteral("pageAsk"));
+        QVERIFY(qobject_cast<ModemAckWidget *>(stack->widget(1)));
+        QCOMPARE(stack->widget(2)->objectName(), QStringLiteral("pageSearch"));
+        QVERIFY(qobject_cast<SearchWidget *>(stack->widget(2)));
+        QCOMPARE(stack->count(), 3);
         QVERIFY(stack->y() > button(page, "pbDialPage")->y());
         QVERIFY(!page.workIsStarted());
-    }
-
-    void pagesThatAreNotThereHaveNoButtonOnTheScreen()
-    {
-        ModemsWidget page;
-        page.show();
-        QVERIFY(button(page, "pbDialPage")->isVisible());
-        QVERIFY(button(page, "pbSaveSettings")->isVisible());
-        QVERIFY(!button(page, "pbAskPage")->isVisible());
-        QVERIFY(!button(page, "pbSearchPage")->isVisible());
     }
 
     void pageButtonsAreAnExclusiveGroup()
@@ -158,19 +157,47 @@ private slots:
     void pageButtonsShowTheirPages()
     {
         ModemsWidget page;
-        auto *const stack = page.findChild<QStackedWidget *>(QStringLiteral("stackedWidget"));
-        QWidget second;
-        QWidget third;
-        stack->insertWidget(1, &second);
-        stack->insertWidget(2, &third);
-        button(page, "pbSearchPage")->click();
+        page.show();
+        const auto *const stack = page.findChild<QStackedWidget *>(QStringLiteral("stackedWidget"));
+        const auto press = [&page](const char *name) {
+            QVERIFY(button(page, name)->isVisible());
+            QTest::mouseClick(button(page, name), Qt::LeftButton);
+            QVERIFY(button(page, name)->isChecked());
+        };
+        press("pbSearchPage");
         QCOMPARE(stack->currentIndex(), 2);
-        button(page, "pbAskPage")->click();
+        press("pbAskPage");
         QCOMPARE(stack->currentIndex(), 1);
-        button(page, "pbDialPage")->click();
+        press("pbDialPage");
         QCOMPARE(stack->currentIndex(), 0);
-        stack->removeWidget(&second);
-        stack->removeWidget(&third);
+        QVERIFY(!button(page, "pbAskPage")->isChecked());
+        QVERIFY(!button(page, "pbSearchPage")->isChecked());
+    }
+
+    void withoutARecordTheSettingsPageListsNothing()
+    {
+        ModemsWidget page;
+        page.show();
+        QTest::mouseClick(button(page, "pbSearchPage"), Qt::LeftButton);
+        const auto *list = page.findChild<QListView *>(QStringLiteral("listView"));
+        QVERIFY(list->isVisible());
+        QCOMPARE(list->model()->rowCount(), 0);
+    }
+
+    void loadedConnectionsAreOnEveryPage()
+    {
+        save(tavbus::BUSNAME_TAVMODEMS, theirs);
+        ModemsWidget page;
+        page.show();
+        const auto listed = [&page](QWidget *where) {
+            return where->findChild<QComboBox *>(QStringLiteral("cbModem"))->itemText(0);
+        };
+        QCOMPARE(listed(page.findChild<TestDialWidget *>()), theirs.first());
+        QTest::mouseClick(button(page, "pbAskPage"), Qt::LeftButton);
+        QCOMPARE(listed(page.findChild<ModemAckWidget *>()), theirs.first());
+        QTest::mouseClick(button(page, "pbSearchPage"), Qt::LeftButton);
+        const auto *list = page.findChild<QListView *>(QStringLiteral("listView"));
+        QCOMPARE(list->model()->index(0, 0).data().toString(), theirs.first());
     }
 
     // The button lets go as soon as it is left, and that counts.
@@ -300,21 +327,32 @@ private slots:
         QVERIFY(saved(tavbus::BUSNAME_TAVMODEMS));
     }
 
-    void workHoldsTheButtons()
+    void workOfAnyPageHoldsTheButtons_data()
     {
+        QTest::addColumn<QString>("name");
+        QTest::newRow("dial test") << QStringLiteral("pageDial");
+        QTest::newRow("query") << QStringLiteral("pageAsk");
+        QTest::newRow("search") << QStringLiteral("pageSearch");
+    }
+    void workOfAnyPageHoldsTheButtons()
+    {
+        QFETCH(QString, name);
         ModemsWidget page;
         page.show();
-        auto *const dial = page.findChild<TestDialWidget *>();
-        emit dial->started();
+        auto *const worker = page.findChild<QWidget *>(name);
+        const auto emitSignal
+            = [worker](const char *signal) { QVERIFY(QMetaObject::invokeMethod(worker, signal)); };
+        emitSignal("started");
         QVERIFY(page.workIsStarted());
-        for (const char *name : buttonNames)
-            QVERIFY(!button(page, name)->isEnabled());
-        emit dial->started();
+        for (const char *each : buttonNames)
+            QVERIFY(!button(page, each)->isEnabled());
+        // A second one changes nothing, and the first end is the end.
+        emitSignal("started");
         QVERIFY(page.workIsStarted());
-        emit dial->finished();
+        emitSignal("finished");
         QVERIFY(!page.workIsStarted());
-        for (const char *name : buttonNames)
-            QVERIFY(button(page, name)->isEnabled());
+        for (const char *each : buttonNames)
+            QVERIFY(button(page, each)->isEnabled());
     }
 
     void textsFollowTheLanguage()

@@ -8,6 +8,8 @@
 
 namespace {
 
+constexpr int kPaintPeriod = 100; // ms
+
 // How long one turn of the event loop may be kept from the window: well below what is felt as a
 // stall, since laying out and painting come on top.
 constexpr qint64 kTurnLimit = 20'000'000; // ns
@@ -35,8 +37,11 @@ LogPane::LogPane(QTextBrowser *pane, const QLoggingCategory &category, Lock lock
     QObject::connect(&m_turn, &QTimer::timeout, &m_turn, [this] { goOn(); });
     LoggerManager::setOutputs(
         m_name, [this](QtMsgType type, const QMessageLogContext &, const QString &text) {
-            const QMutexLocker locker(m_lock ? &m_lock() : nullptr);
+            QMutexLocker locker(m_lock ? &m_lock() : nullptr);
             show(type, text);
+            locker.unlock();
+            if (m_sincePainted.isValid() && m_sincePainted.elapsed() >= kPaintPeriod)
+                paint();
         });
 }
 
@@ -50,6 +55,27 @@ void LogPane::clear()
     m_waiting.clear();
     if (m_pane)
         m_pane->clear();
+}
+
+void LogPane::paint()
+{
+    if (!m_pane)
+        return;
+    {
+        const QMutexLocker locker(m_lock ? &m_lock() : nullptr);
+        appendWaiting();
+    }
+    m_pane->viewport()->repaint();
+    if (m_sincePainted.isValid())
+        m_sincePainted.start();
+}
+
+void LogPane::setLive(bool live)
+{
+    if (live)
+        m_sincePainted.start();
+    else
+        m_sincePainted.invalidate();
 }
 
 void LogPane::show(QtMsgType type, const QString &text)
@@ -80,11 +106,16 @@ void LogPane::append(const Line &line)
 void LogPane::goOn()
 {
     const QMutexLocker locker(m_lock ? &m_lock() : nullptr);
+    appendWaiting();
+    if (m_waiting.empty() && m_spent == 0)
+        m_turn.stop();
+}
+
+void LogPane::appendWaiting()
+{
     m_spent = 0;
     while (!m_waiting.empty() && m_spent < kTurnLimit) {
         append(m_waiting.front());
         m_waiting.pop_front();
     }
-    if (m_waiting.empty() && m_spent == 0)
-        m_turn.stop();
 }

@@ -38,17 +38,25 @@ public:
     /// Empties the pane; what is still to follow of a flood is dropped with it.
     void clear();
 
+    /// Shows on the screen what has come so far, without waiting for the event loop.
+    void paint();
+    /// While it is live it does so by itself, ten times a second while lines come: for work that
+    /// keeps the GUI thread from its event loop. Off at first.
+    void setLive(bool live);
+
 private:
     using Line = QPair<QString, QString>; // colour, text
 
     void show(QtMsgType type, const QString &text);
     void append(const Line &line);
     void goOn();
+    void appendWaiting();
 
     const QString m_name; // the category's name: the key of the output
     QTextBrowser *const m_pane;
     const Lock m_lock;
     std::deque<Line> m_waiting;
     QTimer m_turn; // runs from a line until the event loop has come round
+    QElapsedTimer m_sincePainted; // runs while live
     qint64 m_spent = 0; // ns spent on appending in this turn
 };

@@ -26,8 +26,14 @@ ModemsWidget::ModemsWidget(QWidget *parent)
     loadSettings();
 
     connect(pages, &QButtonGroup::idClicked, ui->stackedWidget, &QStackedWidget::setCurrentIndex);
-    connect(ui->pageDial, &TestDialWidget::started, this, &ModemsWidget::workStarted);
-    connect(ui->pageDial, &TestDialWidget::finished, this, &ModemsWidget::workFinished);
+    const auto followWork = [this](const auto *page) {
+        using Page = std::remove_const_t<std::remove_pointer_t<decltype(page)>>;
+        connect(page, &Page::started, this, &ModemsWidget::workStarted);
+        connect(page, &Page::finished, this, &ModemsWidget::workFinished);
+    };
+    followWork(ui->pageSearch);
+    followWork(ui->pageAsk);
+    followWork(ui->pageDial);
     connect(ui->pbSaveSettings, &QPushButton::released, this, &ModemsWidget::saveSettings);
 }
 
