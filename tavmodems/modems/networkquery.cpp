@@ -95,7 +95,7 @@ std::optional<MobileNetwork> NetworkQuery::homeNetwork()
 {
     const AtReply reply = ask("AT+CIMI", kCardQuery);
     const auto home = networkOfImsi(parseImsi(reply.lines));
-    if (!home)
+    if (!home && !isLost())
         m_session.failAnswer(reply, QStringLiteral("The SIM card does not tell its network"));
     return home;
 }
