@@ -21,19 +21,22 @@ install_packages() {
     as_root env DEBIAN_FRONTEND=noninteractive apt-get install -y -q --no-install-recommends "${missing[@]}"
 }
 
-# Makes ifupdown's programs available under build/ifupdown for the tests. The package is unpacked and
-# never installed: that would make a stranger the keeper of this machine's network.
+# Makes ifupdown, the DHCP client that it calls and a DHCP server for the other end of the cable
+# available under build/ifupdown for the simulated terminal and the tests. The packages are unpacked
+# and never installed: that would make strangers the keepers of this machine's network.
 unpack_ifupdown() {
-    [ ! -x build/ifupdown/sbin/ifquery ] || return 0
-    local download
+    local packages=(ifupdown isc-dhcp-client busybox) download package
+    [ ! -x build/ifupdown/bin/busybox ] || return 0
     download=$(mktemp -d)
     chmod 755 "$download"
     (
         cd "$download" || exit
-        apt-get download -q ifupdown || { as_root apt-get update -q && apt-get download -q ifupdown; }
-    )
+        apt-get download -q "${packages[@]}" || { as_root apt-get update -q && apt-get download -q "${packages[@]}"; }
+    ) || return
     mkdir -p build
-    dpkg-deb -x "$download"/ifupdown_*.deb build/ifupdown
+    for package in "${packages[@]}"; do # the one that is looked for above last
+        dpkg-deb -x "$download/$package"_*.deb build/ifupdown || return
+    done
     rm -r "$download"
 }
 

@@ -12,6 +12,7 @@
 #include <QDBusConnectionInterface>
 #include <QFileInfo>
 #include <csignal>
+#include <cstdio>
 #include <cstring>
 #include <net/if.h>
 #include <sys/ioctl.h>
@@ -146,20 +147,8 @@ bool Machine::startNetwork(QString *error)
         *error = QStringLiteral("cannot bring up the loopback interface");
         return false;
     }
-    for (const QString &name : m_scenario.ethernet) {
-        // The far end stands for the switch that the cable goes to.
-        const QString farEnd = QStringLiteral("to-") + name;
-        QProcess ip;
-        ip.setProcessChannelMode(QProcess::ForwardedErrorChannel);
-        ip.start(QStringLiteral("ip"),
-            {QStringLiteral("link"), QStringLiteral("add"), name, QStringLiteral("type"),
-                QStringLiteral("veth"), QStringLiteral("peer"), QStringLiteral("name"), farEnd});
-        if (!ip.waitForFinished() || ip.exitCode() != 0
-            || !bringUp(farEnd.toLatin1().constData())) {
-            *error = QStringLiteral("cannot make the network interface %1").arg(name);
-            return false;
-        }
-    }
+    if (!m_wiredNetwork.start(m_scenario.ethernet))
+        std::fprintf(stderr, "terminalsim: %s\n", qUtf8Printable(m_wiredNetwork.errorText()));
     for (const Page &page : pages()) {
         auto *web = new WebPage(page.name, page.port, this);
         m_pages.insert(page.name, web);

@@ -4,6 +4,7 @@
 #include "messagebus.h"
 #include "modemrack.h"
 #include "scenario.h"
+#include "wirednetwork.h"
 
 #include <QObject>
 #include <map>
@@ -50,6 +51,7 @@ private:
     const Scenario m_scenario;
     const QString m_brokerProgram;
     Journal m_journal;
+    WiredNetwork m_wiredNetwork{&m_journal};
     MessageBus m_bus;
     ModemRack m_modems;
     QMap<QString, SimulatedService *> m_services; // children of this

@@ -23,6 +23,11 @@ QT_WARNING_DISABLE_DEPRECATED // Qt 5.15 deprecates these and has nothing in the
     return new QNetworkConfigurationManager(parent);
 }
 
+void lookAgain(QNetworkConfigurationManager &manager)
+{
+    manager.updateConfigurations();
+}
+
 QVector<QPair<QString, bool>> ethernetInterfacesOf(const QNetworkConfigurationManager &manager)
 {
     QVector<QPair<QString, bool>> interfaces;
@@ -198,6 +203,9 @@ void EthernetConfigurator::processFinished(int exitCode, QProcess::ExitStatus ex
 {
     Q_UNUSED(exitCode)
     Q_UNUSED(exitStatus)
+    // The commands have changed what is active, and the manager looks only every ten seconds.
+    if (m_commands.isEmpty() && m_manager)
+        lookAgain(*m_manager);
     startProcessing();
 }
 

@@ -41,8 +41,8 @@ public:
     /// Writes the settings to "interfaces.tmp" in the temporary directory, then takes all
     /// interfaces down, copies the file into place and restarts the network, each command a second
     /// after the one before. Does nothing when the temporary file cannot be written. There is no
-    /// sign of the end but the commands' output. Called while a command still runs, the new first
-    /// command is lost.
+    /// sign of the end but the commands' output; the list of interfaces is fresh a moment later.
+    /// Called while a command still runs, the new first command is lost.
     ///
     /// A name that is no single plain word, or that a program would take for an option, is left out
     /// of the file and of the commands. A line break in a value becomes a space.

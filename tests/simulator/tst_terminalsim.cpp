@@ -44,12 +44,16 @@ Outcome runAsUser(const QStringList &arguments)
 {
     if (geteuid() != 0)
         return run(arguments);
-    // The tree may lie where only its owner may go (/root): the user gets copies.
-    const QTemporaryDir programs(QStringLiteral("/tmp/terminalsim.XXXXXX"));
-    QFile::setPermissions(programs.path(), QFile::Permissions(0x7755));
-    for (const QString &name : {QStringLiteral("terminalsim"), QStringLiteral("tavbusd")}) {
-        QFile::copy(QFileInfo(kProgram).dir().filePath(name), programs.filePath(name));
-    }
+    // The tree may lie where only its owner may go (/root): the user gets copies, laid out alike.
+    const QTemporaryDir box(QStringLiteral("/tmp/terminalsim.XXXXXX"));
+    QFile::setPermissions(box.path(), QFile::Permissions(0x7755));
+    const QDir programs(box.filePath(QStringLiteral("build/bin")));
+    programs.mkpath(QStringLiteral("."));
+    const QDir own = QFileInfo(kProgram).dir();
+    for (const QString &name : {QStringLiteral("terminalsim"), QStringLiteral("tavbusd")})
+        QFile::copy(own.filePath(name), programs.filePath(name));
+    QProcess::execute(QStringLiteral("cp"),
+        {QStringLiteral("-r"), own.filePath(QStringLiteral("../../ifupdown")), box.path()});
     QProcess process;
     process.setWorkingDirectory(QStringLiteral("/"));
     process.start(QStringLiteral("setpriv"),
@@ -212,11 +216,11 @@ void TestTerminalSim::machineIsOutOfSight()
     const QList<QByteArray> lines = outcome.out.simplified().split(' ');
     for (const QByteArray &line : lines)
         QVERIFY2((QList<QByteArray>{"terminalsim", "dbus-daemon", "tavbusd", "sh", "ps", "cut",
-                      "ip", "lo", "to-eth0@eth0", "eth0@to-eth0"})
+                      "ip", "lo", "eth0@if2", "eth1@if3", "busybox", "dhclient"})
                      .contains(line),
             line.constData());
     QVERIFY(lines.contains("tavbusd"));
-    QVERIFY(lines.contains("eth0@to-eth0"));
+    QVERIFY(lines.contains("eth0@if2"));
 }
 
 void TestTerminalSim::machinesFilesStayAsTheyAre()
@@ -233,8 +237,11 @@ void TestTerminalSim::machinesFilesStayAsTheyAre()
         "for f in /etc/ppp/pap-secrets /etc/ppp/chap-secrets /etc/hosts /etc/network/interfaces "
         "/etc/passwd; do echo changed >>$f || exit 1; done; "
         "rm /etc/hosts; touch /run/lock/LCK..ttyUSB9; mkdir /var/lib/ovrel/x; "
-        "touch /etc/init.d/x 2>/dev/null && exit 2; exit 0")));
+        "touch /etc/init.d/tavx /etc/default/tavx /sbin/tavx || exit 3; "
+        "touch /etc/alternatives/x 2>/dev/null && exit 2; exit 0")));
     QCOMPARE(outcome.status, 0);
+    for (const char *directory : {"/etc/init.d", "/etc/default", "/sbin"})
+        QVERIFY(!QFile::exists(QLatin1String(directory) + QStringLiteral("/tavx")));
     for (int i = 0; i < files.size(); ++i)
         QVERIFY2(hashOf(files.at(i)) == before.at(i), qPrintable(files.at(i)));
     QCOMPARE(QDir(QStringLiteral("/run/lock")).entryList(), locks);
