@@ -149,7 +149,8 @@ void ScriptedModem::hear(char c)
 void ScriptedModem::answer(const QByteArray &command)
 {
     note(command);
-    if (!hangUpOn.isEmpty() && command.startsWith(hangUpOn)) {
+    if (commands().size() == hangUpAt
+        || (!hangUpOn.isEmpty() && command.startsWith(hangUpOn))) {
         ::close(m_master.exchange(-1));
         return;
     }

@@ -31,6 +31,7 @@ public:
     QByteArray promptOn; ///< the command that asks for a text with "> ", up to Ctrl-Z or Escape
     QByteArray answerToText;
     QByteArray hangUpOn; ///< the command at which the port vanishes
+    int hangUpAt = 0; ///< the same by the number of the command, counted from 1
     QMap<QByteArray, QByteArray> answers; ///< unknown commands get ERROR, "" no answer
     std::function<void(const QByteArray &)> onCommand; ///< in the modem's thread
 

@@ -1,0 +1,188 @@
+#include "fakemodemservice.h"
+#include "openfiles.h"
+#include "querymodem.h"
+#include "searchbench.h"
+#include "touchstyle.h"
+
+#include "atmodemlog.h"
+#include "loggermanager.h"
+#include "modemackwidget.h"
+#include "modemsettings.h"
+#include "privatebus.h"
+
+#include <QApplication>
+#include <QComboBox>
+#include <QDir>
+#include <QPushButton>
+#include <QTextBrowser>
+
+#include <memory>
+
+namespace {
+
+const QString gsm1 = QStringLiteral("gsm1");
+const QByteArray imei = "353142033840706";
+constexpr int kLong = 30000; // ms
+
+/// What AT_MODEM logs while it lives, from any thread.
+class AtLog
+{
+public:
+    AtLog()
+    {
+        LoggerManager::setOutputs(QString::fromUtf8(AT_MODEM().categoryName()),
+            [this](QtMsgType, const QMessageLogContext &, const QString &text) {
+                lines.append(text);
+            });
+    }
+    ~AtLog() { LoggerManager::removeOutput(QString::fromUtf8(AT_MODEM().categoryName())); }
+    AtLog(const AtLog &) = delete;
+    AtLog &operator=(const AtLog &) = delete;
+
+    QStringList lines;
+};
+
+const char *const gone = "has gone: its port was unplugged or hung up.";
+
+} // namespace
+
+/// The modem is pulled out at every single command of a query and of a search: each ends idle, with
+/// the service started again and the reason in the log, and leaves nothing open.
+class UnpluggedTest : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void initTestCase()
+    {
+        QApplication::setStyle(new TouchStyle);
+        LoggerManager::initLog(QDir::tempPath(), 2, false, QtDebugMsg);
+        m_bus = std::make_unique<PrivateBus>();
+        // Whatever is made once in a process is there before files are counted.
+        m_queryCommands = query(0).commands;
+        m_searchCommands = search(0).commands;
+    }
+    void cleanupTestCase()
+    {
+        m_bus.reset();
+        LoggerManager::releaseLog();
+    }
+
+    void undisturbedWorkIsWhole()
+    {
+        QVERIFY2(m_queryCommands.size() > 25, qPrintable(QString::number(m_queryCommands.size())));
+        QVERIFY(m_queryCommands.contains("AT+CMGL=4"));
+        QVERIFY2(
+            m_searchCommands.size() >= 4, qPrintable(QString::number(m_searchCommands.size())));
+        QCOMPARE(m_searchCommands.first(), QByteArray("AT"));
+    }
+
+    void inAQuery_data() { commandRows(m_queryCommands); }
+    void inAQuery()
+    {
+        QFETCH(int, number);
+        const int files = openFiles();
+        const Run run = query(number);
+        QCOMPARE(run.commands.size(), number); // nothing was asked any more
+        QVERIFY(run.endedIdle);
+        QCOMPARE(
+            run.serviceCommands, QStringList({QStringLiteral("stop"), QStringLiteral("restart")}));
+        QVERIFY2(run.log.contains(QLatin1String(gone)), qPrintable(run.log));
+        QCOMPARE(run.shown.first(), gsm1);
+        QCOMPARE(openFiles(), files);
+    }
+
+    void inASearch_data() { commandRows(m_searchCommands); }
+    void inASearch()
+    {
+        QFETCH(int, number);
+        const int files = openFiles();
+        const Run run = search(number);
+        QCOMPARE(run.commands.size(), number);
+        QVERIFY(run.endedIdle);
+        QCOMPARE(
+            run.serviceCommands, QStringList({QStringLiteral("stop"), QStringLiteral("restart")}));
+        QVERIFY2(run.log.contains(QLatin1String(gone)), qPrintable(run.log));
+        // The other modem is found all the same.
+        QCOMPARE(run.shown.size(), 1);
+        QCOMPARE(openFiles(), files);
+    }
+
+private:
+    struct Run
+    {
+        QList<QByteArray> commands; ///< that the modem heard
+        QStringList serviceCommands;
+        QStringList shown; ///< lines of results, names of connections
+        QString log;
+        bool endedIdle = false;
+    };
+
+    static void commandRows(const QList<QByteArray> &commands)
+    {
+        QTest::addColumn<int>("number");
+        for (int i = 0; i < commands.size(); ++i)
+            QTest::addRow("%d: %s", i + 1, commands.at(i).constData()) << i + 1;
+    }
+
+    // Asks a modem that goes at its command of that number; at none when it is 0.
+    static Run query(int unpluggedAt)
+    {
+        Run run;
+        FakeModemService service;
+        ScriptedModem modem;
+        answerQuery(modem);
+        modem.hangUpAt = unpluggedAt;
+        modem.start();
+        ModemInfo info;
+        info.setConnectionName(gsm1);
+        info.setPortName(modem.path());
+        ModemSettings().setModems({{gsm1, info}});
+        ModemSettings().setConnectionsOrder({gsm1});
+        ModemAckWidget page;
+        page.show();
+        QSignalSpy finished(&page, &ModemAckWidget::finished);
+        auto *const button = page.findChild<QPushButton *>(QStringLiteral("pbAsk"));
+        QTest::mouseClick(button, Qt::LeftButton);
+        finished.wait(kLong);
+        run.endedIdle = finished.count() == 1 && button->isEnabled();
+        run.commands = modem.commands();
+        run.serviceCommands = service.commands;
+        const auto text = [&page](const char *name) {
+            return page.findChild<QTextBrowser *>(QLatin1String(name))->toPlainText();
+        };
+        run.shown = text("tbModemData").split(QLatin1Char('\n'));
+        run.log = text("tbLog");
+        return run;
+    }
+
+    // Searches two modems, of which one goes at its command of that number.
+    static Run search(int unpluggedAt)
+    {
+        Run run;
+        FakeTerminal terminal;
+        terminal.publishRunning();
+        const AtLog log;
+        SearchBench bench;
+        bench.add("866884040012345").start();
+        ScriptedModem &modem = bench.add(imei);
+        modem.hangUpAt = unpluggedAt;
+        modem.start();
+        bench.press("tbSearch");
+        bench.finished.wait(kLong);
+        run.endedIdle = bench.finished.count() == 1 && bench.isIdle();
+        run.commands = modem.commands();
+        run.serviceCommands = terminal.modems.commands();
+        run.shown = bench.names();
+        run.log = log.lines.join(QLatin1Char('\n'));
+        return run;
+    }
+
+    const TestOperators m_operators;
+    std::unique_ptr<PrivateBus> m_bus;
+    QList<QByteArray> m_queryCommands;
+    QList<QByteArray> m_searchCommands;
+};
+
+QTEST_MAIN(UnpluggedTest)
+#include "tst_unplugged.moc"
