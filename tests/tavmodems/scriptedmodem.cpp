@@ -149,8 +149,7 @@ void ScriptedModem::hear(char c)
 void ScriptedModem::answer(const QByteArray &command)
 {
     note(command);
-    if (commands().size() == hangUpAt
-        || (!hangUpOn.isEmpty() && command.startsWith(hangUpOn))) {
+    if (commands().size() == hangUpAt || (!hangUpOn.isEmpty() && command.startsWith(hangUpOn))) {
         ::close(m_master.exchange(-1));
         return;
     }
