@@ -1,14 +1,15 @@
 #include "tour.h"
 
 #include "busnames.h"
+#include "window.h"
 
 #include <QAbstractButton>
 #include <QAbstractItemView>
-#include <QApplication>
 #include <QComboBox>
 #include <QDBusMessage>
-#include <QMessageBox>
+#include <QLineEdit>
 #include <QPixmap>
+#include <QProcess>
 #include <QScreen>
 #include <QTextBrowser>
 #include <QTextStream>
@@ -18,6 +19,10 @@
 #include <cstdlib>
 
 using namespace std::chrono_literals;
+using window::find;
+using window::mainDialog;
+using window::messageBox;
+using window::onGuiThread;
 
 namespace {
 
@@ -25,48 +30,14 @@ constexpr auto kLookAgainAfter = 50ms;
 // One round of the Internet check a minute, and some air.
 constexpr auto kNextInternetCheck = 75s;
 
-/** Runs @p work on the GUI thread, nested event loops of message boxes included; waits for it. */
-template <typename Work>
-auto onGuiThread(Work work)
-{
-    decltype(work()) result{};
-    QMetaObject::invokeMethod(
-        qApp, [&] { result = work(); }, Qt::BlockingQueuedConnection);
-    return result;
-}
-
-QWidget *mainDialog()
-{
-    const auto windows = QApplication::topLevelWidgets();
-    for (auto *window : windows) {
-        if (window->objectName() == QLatin1String("MainDialog"))
-            return window;
-    }
-    return nullptr;
-}
-
-template <typename Widget>
-Widget *find(const QString &objectName)
-{
-    auto *dialog = mainDialog();
-    return dialog == nullptr ? nullptr : dialog->findChild<Widget *>(objectName);
-}
-
-QMessageBox *messageBox()
-{
-    return qobject_cast<QMessageBox *>(QApplication::activeModalWidget());
-}
-
 QString log()
 {
-    auto *page = find<QWidget>(QStringLiteral("pageDial"));
-    return page->findChild<QTextBrowser *>(QStringLiteral("tbLog"))->toPlainText();
+    return find<QTextBrowser>(QStringLiteral("tbLog"))->toPlainText();
 }
 
 QString logAsHtml()
 {
-    auto *page = find<QWidget>(QStringLiteral("pageDial"));
-    return page->findChild<QTextBrowser *>(QStringLiteral("tbLog"))->toHtml();
+    return find<QTextBrowser>(QStringLiteral("tbLog"))->toHtml();
 }
 
 bool isIdle()
@@ -107,6 +78,7 @@ void Tour::run()
     refusesToCloseMeanwhile();
     stops();
     goesGreenWithOnePage();
+    configuresTheNetwork();
     asksBeforeItCloses();
     savesAndCloses();
 }
@@ -171,7 +143,7 @@ void Tour::stops()
     if (commands.toStringList() != QStringList{QStringLiteral("stop"), QStringLiteral("restart")})
         fail(QStringLiteral("the modem service was told: ")
             + commands.toStringList().join(QLatin1String(", ")));
-    say(QStringLiteral("  seen: the modem service was stopped before and restarted after"));
+    seen(QStringLiteral("the modem service was stopped before and restarted after"));
     picture(QStringLiteral("stopped"));
 }
 
@@ -212,6 +184,11 @@ void Tour::mustShow(const QString &what, const Look &look, std::chrono::millisec
             fail(QStringLiteral("not seen within %1 ms: %2").arg(limit.count()).arg(what));
         QThread::msleep(kLookAgainAfter.count());
     }
+    seen(what);
+}
+
+void Tour::seen(const QString &what)
+{
     say(QStringLiteral("  seen: ") + what);
 }
 
@@ -265,6 +242,19 @@ void Tour::choose(const QString &comboBox, const QString &item)
         auto *box = find<QComboBox>(comboBox);
         return box->currentText() == item && !box->view()->isVisible();
     });
+}
+
+void Tour::type(const QString &lineEdit, const QString &text)
+{
+    click(lineEdit);
+    for (const auto &keys : {QStringList{QStringLiteral("key"), QStringLiteral("ctrl+a"),
+                                 QStringLiteral("Delete"), QStringLiteral("Home")},
+             QStringList{QStringLiteral("type"), text}}) {
+        if (QProcess::execute(QStringLiteral("xdotool"), keys) != 0)
+            fail(QStringLiteral("xdotool cannot press keys"));
+    }
+    mustShow(QStringLiteral("%1 reads %2").arg(lineEdit, text),
+        [=] { return find<QLineEdit>(lineEdit)->text() == text; });
 }
 
 void Tour::picture(const QString &name)

@@ -39,6 +39,8 @@ private:
     void refusesToCloseMeanwhile();
     void stops();
     void goesGreenWithOnePage();
+    void configuresTheNetwork(); // this and the next in networkpage.cpp
+    void appliesTheNetwork();
     void asksBeforeItCloses();
     void savesAndCloses();
 
@@ -49,7 +51,10 @@ private:
     void clickAt(const std::function<QPoint()> &place);
     void clickInBox(const QString &buttonText);
     void choose(const QString &comboBox, const QString &item);
+    void type(const QString &lineEdit, const QString &text);
     void picture(const QString &name);
+    /** Tells what was seen apart from the window. */
+    static void seen(const QString &what);
     [[noreturn]] void fail(const QString &what);
 
     QVariant terminal(const QString &method, const QVariantList &arguments = {});

@@ -1,0 +1,150 @@
+#include "tour.h"
+#include "window.h"
+
+#include <QElapsedTimer>
+#include <QGroupBox>
+#include <QLabel>
+#include <QLineEdit>
+#include <QProcess>
+#include <QPushButton>
+#include <QTableView>
+#include <QTextBrowser>
+
+// The part of the tour that goes over the Local network page: an interface nobody has used gets an
+// address, a wrong one is told, and the right one holds.
+
+using namespace std::chrono_literals;
+using window::find;
+using window::messageBox;
+
+namespace {
+
+// A second before each of four commands, and what they take themselves.
+constexpr auto kApplied = 30s;
+constexpr auto kQuiet = 5s; // until the buttons come back
+
+const QString kInterface = QStringLiteral("eth1");
+
+QAbstractItemModel *interfaces()
+{
+    return find<QTableView>(QStringLiteral("tvInterfaces"))->model();
+}
+
+QModelIndex rowOf(const QString &name)
+{
+    for (int row = 0; row < interfaces()->rowCount(); ++row) {
+        if (interfaces()->index(row, 1).data().toString() == name)
+            return interfaces()->index(row, 0);
+    }
+    return {};
+}
+
+QPoint placeOf(const QModelIndex &cell)
+{
+    auto *view = find<QTableView>(QStringLiteral("tvInterfaces"));
+    return view->viewport()->mapToGlobal(view->visualRect(cell).center());
+}
+
+bool isEdited(const QString &name)
+{
+    return find<QLabel>(QStringLiteral("lIface"))->text() == name
+        && find<QGroupBox>(QStringLiteral("gbSettings"))->isEnabled();
+}
+
+QString log()
+{
+    return find<QTextBrowser>(QStringLiteral("tbLog"))->toPlainText();
+}
+
+bool buttonsAreEnabled(bool enabled)
+{
+    return find<QPushButton>(QStringLiteral("pbApply"))->isEnabled() == enabled
+        && find<QPushButton>(QStringLiteral("pbReload"))->isEnabled() == enabled;
+}
+
+/** What the kernel has, whatever the window shows. */
+QString addressesOf(const QString &name)
+{
+    QProcess ip;
+    ip.start(QStringLiteral("ip"),
+        {QStringLiteral("-4"), QStringLiteral("-br"), QStringLiteral("address"),
+            QStringLiteral("show"), name});
+    ip.waitForFinished();
+    return QString::fromUtf8(ip.readAllStandardOutput()).simplified();
+}
+
+} // namespace
+
+void Tour::configuresTheNetwork()
+{
+    click(QStringLiteral("pbEth"));
+    mustShow(QStringLiteral("the Local network page lists two interfaces, one in use"), [] {
+        return find<QWidget>(QStringLiteral("pageEth"))->isVisible()
+            && interfaces()->rowCount() == 2 && rowOf(kInterface).isValid()
+            && isEdited(QStringLiteral("eth0"));
+    });
+    picture(QStringLiteral("network"));
+
+    clickAt([] { return placeOf(rowOf(kInterface)); });
+    mustShow(QStringLiteral("the other one is switched on and can be edited"),
+        [] { return isEdited(kInterface); });
+    picture(QStringLiteral("network-switched-on"));
+
+    choose(QStringLiteral("cbUseDHCP"), QStringLiteral("STATIC"));
+    type(QStringLiteral("leIP"), QStringLiteral("300.1.1.1"));
+    type(QStringLiteral("leNetmask"), QStringLiteral("255.255.255.0"));
+    type(QStringLiteral("leGateway"), QStringLiteral("10.20.30.1"));
+    picture(QStringLiteral("network-static"));
+    appliesTheNetwork();
+    mustShow(QStringLiteral("the log says which address cannot be"), [] {
+        return log().contains(QLatin1String("300.1.1.1"))
+            && log().contains(QLatin1String("failed to bring up eth1"));
+    });
+    picture(QStringLiteral("network-wrong"));
+
+    type(QStringLiteral("leIP"), QStringLiteral("10.20.30.40"));
+    appliesTheNetwork();
+    const auto addresses = addressesOf(kInterface);
+    if (!addresses.contains(QLatin1String(" 10.20.30.40/24")))
+        fail(QStringLiteral("the interface has not got its address: ") + addresses);
+    seen(QStringLiteral("the kernel has the address: ") + addresses);
+
+    click(QStringLiteral("pbReload"));
+    mustShow(QStringLiteral("after a reload both are in use"),
+        [] { return isEdited(QStringLiteral("eth0")) || isEdited(kInterface); });
+    clickAt([] { return placeOf(rowOf(kInterface).siblingAtColumn(1)); });
+    mustShow(QStringLiteral("the address is read back"), [] {
+        return isEdited(kInterface)
+            && find<QLineEdit>(QStringLiteral("leIP"))->text() == QLatin1String("10.20.30.40");
+    });
+    picture(QStringLiteral("network-applied"));
+    click(QStringLiteral("pbModems"));
+}
+
+void Tour::appliesTheNetwork()
+{
+    click(QStringLiteral("pbApply"));
+    mustShow(QStringLiteral("the page asks, with one button"), [] {
+        return messageBox() != nullptr && messageBox()->buttons().size() == 1
+            && messageBox()->text()
+            == QLatin1String("The network settings will reconfigures. continue?");
+    });
+    picture(QStringLiteral("network-question"));
+    clickInBox(QStringLiteral("Yes"));
+    mustShow(QStringLiteral("the buttons are out"), [] { return buttonsAreEnabled(false); });
+    mustShow(
+        QStringLiteral("the log shows the restart of the network to its end"),
+        [] {
+            return log().contains(QLatin1String("Reconfiguring network interfaces..."))
+                && (log().contains(QLatin1String("done.\n"))
+                    || log().contains(QLatin1String("failed.\n")));
+        },
+        kApplied);
+    QElapsedTimer quiet;
+    quiet.start();
+    mustShow(
+        QStringLiteral("the buttons come back"), [] { return buttonsAreEnabled(true); },
+        2 * kQuiet);
+    if (std::chrono::milliseconds(quiet.elapsed()) < kQuiet - 500ms)
+        fail(QStringLiteral("the buttons came back too soon: after %1 ms").arg(quiet.elapsed()));
+}
