@@ -28,9 +28,11 @@ QString AtIdentity::name() const
 
 QString parseIdentityText(const QByteArray &command, const QList<QByteArray> &lines)
 {
-    const auto named = atfields::valueOf(command.mid(2), lines);
-    if (named)
-        return text(*named);
+    // SIMCom has "Revision:" in front of that.
+    for (const QByteArray &name : {command.mid(2), QByteArray("Revision")}) {
+        if (const auto named = atfields::valueOf(name, lines))
+            return text(*named);
+    }
     return lines.isEmpty() ? QString() : text(lines.first());
 }
 

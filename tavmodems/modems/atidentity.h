@@ -15,9 +15,9 @@ struct AtIdentity
 };
 
 /**
- * The answer to one of AT+CGMI, +CGMM (3GPP TS 27.007 5.1, 5.2), AT+GMI, +GMM (ITU-T V.250 6.1.4,
- * 6.1.5), named by `command`: the first line, without the name that some modems put in front of it
- * and without quotes.
+ * The answer to one of AT+CGMI, +CGMM, +CGMR (3GPP TS 27.007 5.1 to 5.3), AT+GMI, +GMM (ITU-T V.250
+ * 6.1.4, 6.1.5), named by `command`: the first line, without the name that some modems put in front
+ * of it and without quotes.
  */
 QString parseIdentityText(const QByteArray &command, const QList<QByteArray> &lines);
 

@@ -85,9 +85,10 @@ std::optional<MobileNetwork> NetworkQuery::network()
     const auto selected = parseOperator(reply.lines);
     if (reply.isOk() && selected && selected->network)
         return selected->network;
-    const auto home = networkOfImsi(imsi());
+    const AtReply card = ask("AT+CIMI", kCardQuery);
+    const auto home = networkOfImsi(parseImsi(card.lines));
     if (!home && !isLost())
-        m_session.failAnswer(reply, QStringLiteral("The modem does not tell its network"));
+        m_session.failAnswer(card, QStringLiteral("The modem does not tell its network"));
     return home;
 }
 
@@ -147,27 +148,30 @@ std::optional<QMap<QString, QVariant>> NetworkQuery::info()
     const QByteArray revisionCommand = "AT+CGMR";
     put(facts, "revision", parseIdentityText(revisionCommand, ask(revisionCommand, kQuery).lines));
     put(facts, "imei", imei().value_or(QString()));
-    put(facts, "imsi", QString::fromLatin1(imsi()));
+    put(facts, "imsi", QString::fromLatin1(parseImsi(ask("AT+CIMI", kCardQuery).lines)));
     put(facts, "iccid", QString::fromLatin1(iccid()));
     put(facts, "simNumber", parseOwnNumber(ask("AT+CNUM", kCardQuery).lines));
-    put(facts, "operator", operatorName());
+    const AtOperator named = namedOperator();
+    put(facts, "operator", named.name);
     if (isLost())
         return std::nullopt;
     const auto serving = registration();
     if (isLost())
         return std::nullopt;
-    QVariantList cells;
-    if (serving) {
-        const QLatin1String technology(technologyText(serving->technology.value_or(-1)));
+    // Older modems tell the technology at the operator's name alone.
+    std::optional<int> technology = serving ? serving->technology : std::nullopt;
+    if (!technology)
+        technology = named.technology;
+    if (serving)
         put(facts, "registration", QLatin1String(registrationText(serving->registration)));
-        put(facts, "technology", technology);
-        if (!serving->area.isEmpty()) {
-            QMap<QString, QVariant> cell;
-            put(cell, "lac", serving->area);
-            put(cell, "cid", serving->cell);
-            put(cell, "technology", technology);
-            cells << cell;
-        }
+    put(facts, "technology", QLatin1String(technologyText(technology.value_or(-1))));
+    QVariantList cells;
+    if (serving && !serving->area.isEmpty()) {
+        QMap<QString, QVariant> cell;
+        put(cell, "lac", serving->area);
+        put(cell, "cid", serving->cell);
+        put(cell, "technology", QLatin1String(technologyText(technology.value_or(-1))));
+        cells << cell;
     }
     facts.insert(QStringLiteral("gsmCells"), cells);
     m_session.begin(); // what it does not tell is no failure
@@ -210,11 +214,6 @@ bool NetworkQuery::isLost() const
     return !m_session.isOpen() || m_unanswered >= 2;
 }
 
-QByteArray NetworkQuery::imsi()
-{
-    return parseImsi(ask("AT+CIMI", kCardQuery).lines);
-}
-
 QByteArray NetworkQuery::iccid()
 {
     const QByteArray iccid
@@ -226,9 +225,8 @@ QByteArray NetworkQuery::iccid()
     return read ? parseIccid({atfields::split(*read).value(2)}) : QByteArray();
 }
 
-QString NetworkQuery::operatorName()
+AtOperator NetworkQuery::namedOperator()
 {
     ask("AT+COPS=3,0", kSetting); // 27.007 7.3: the long name
-    const auto selected = parseOperator(ask("AT+COPS?", kNetworkQuery).lines);
-    return selected ? selected->name : QString();
+    return parseOperator(ask("AT+COPS?", kNetworkQuery).lines).value_or(AtOperator());
 }

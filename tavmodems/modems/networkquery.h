@@ -41,9 +41,8 @@ private:
     AtReply ask(const QByteArray &command, std::chrono::milliseconds limit);
     bool isLost() const;
     std::optional<AtCell> registration();
-    QByteArray imsi();
     QByteArray iccid();
-    QString operatorName();
+    AtOperator namedOperator();
 
     AtSession &m_session;
     int m_unanswered = 0; // questions in a row

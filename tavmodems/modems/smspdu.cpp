@@ -77,8 +77,12 @@ QByteArray semiOctets(const QByteArray &digits)
 QString number(int type, const QByteArray &octets, int count)
 {
     if ((type & kTypeOfNumber) == kAlphanumeric) {
-        const auto septets = gsmcodec::unpacked(octets, count * 4 / 7);
-        return gsmcodec::decoded(septets.value_or(QByteArray())).trimmed();
+        QByteArray septets = gsmcodec::unpacked(octets, count * 4 / 7).value_or(QByteArray());
+        // Some networks count the bits that fill up the last octet too, which then hold a septet
+        // of zeros, an "@".
+        if (septets.size() % 8 == 0 && septets.endsWith('\0'))
+            septets.chop(1);
+        return gsmcodec::decoded(septets).trimmed();
     }
     const QString text = digits(octets, count);
     const bool international = (type & kTypeOfNumber) == kInternational && !text.isEmpty();

@@ -3,9 +3,11 @@
 #include "atdialect.h"
 #include "atsession.h"
 #include "atunsolicited.h"
+#include "onelinetext.h"
 #include "ussd.h"
 
 #include <QDeadlineTimer>
+#include <QMap>
 
 #include <algorithm>
 
@@ -47,28 +49,30 @@ milliseconds remaining(const QDeadlineTimer &deadline)
 
 bool UssdSession::request(const QString &code, QString &answer)
 {
-    if (!m_session.isPlainCharset && !choosePlainCharset())
-        return false;
-    bool isFormRefused = false;
-    bool isSendable = false;
     const QList<UssdForm> forms
         = m_session.ussdForm ? QList<UssdForm>{*m_session.ussdForm} : m_session.dialect->ussdForms;
+    QMap<UssdForm, QByteArray> commands;
     for (const UssdForm form : forms) {
-        const auto command = ussdCommand(code, form);
-        if (!command)
-            continue;
-        isSendable = true;
-        const bool isAnswered = m_session.begin() && exchange(*command, answer, isFormRefused);
+        if (const auto command = ussdCommand(code, form))
+            commands.insert(form, *command);
+    }
+    if (commands.isEmpty())
+        return m_session.fail(AtError::Refused,
+            code.isEmpty() ? QStringLiteral("There is no USSD code to send.")
+                           : QStringLiteral("The USSD code %1 cannot be sent.")
+                                 .arg(onelinetext::cleaned(code)));
+    if (!m_session.isPlainCharset && !choosePlainCharset())
+        return false;
+    for (const UssdForm form : forms) {
+        bool isFormRefused = !commands.contains(form);
+        const bool isAnswered = !isFormRefused && m_session.begin()
+            && exchange(commands.value(form), answer, isFormRefused);
         if (isAnswered)
             m_session.ussdForm = form;
         if (isAnswered || !isFormRefused)
             return isAnswered;
     }
-    if (isSendable)
-        return false; // the error is that of the last exchange
-    return m_session.fail(AtError::Refused,
-        code.isEmpty() ? QStringLiteral("There is no USSD code to send.")
-                       : QStringLiteral("The USSD code %1 cannot be sent.").arg(code));
+    return false; // with the error of the last exchange
 }
 
 // A code is written in the character set of 27.007 5.5, which another program may have changed.

@@ -219,8 +219,8 @@ void TestSms::readsAddresses_data()
         << QByteArray("06D04DEA14") << QStringLiteral("MTS");
     QTest::newRow("alphanumeric, 7 characters in 13 semi-octets")
         << QByteArray("0DD0C272999D769701") << QStringLiteral("Beeline");
-    QTest::newRow("alphanumeric, 7 characters in 14 semi-octets")
-        << QByteArray("0ED0C272999D769701") << QStringLiteral("Beeline@");
+    QTest::newRow("alphanumeric, 7 characters in 14 semi-octets, the filler counted")
+        << QByteArray("0ED0C272999D769701") << QStringLiteral("Beeline");
     QTest::newRow("alphanumeric, 11 characters")
         << QByteArray("14D0CB7199CD6EA5DDE6770C") << QStringLiteral("Kcell-info1");
     QTest::newRow("none") << QByteArray("0080") << QString();
