@@ -110,9 +110,7 @@ void ModemsFinder::start()
         m_probes.push_back(std::move(probe));
         names << port.name;
     }
-    qCInfo(AT_MODEM).noquote() << QStringLiteral("Modems are searched on %1 ports: %2")
-                                      .arg(names.size())
-                                      .arg(names.join(QStringLiteral(", ")));
+    qCInfo(AT_MODEM).noquote() << "Search for modems on" << names.join(QStringLiteral(", "));
     m_pending = m_probes.size();
     for (const auto &probe : m_probes)
         probe->thread->start();
@@ -161,9 +159,9 @@ void ModemsFinder::finish()
             << QStringLiteral("Found %1, on %2")
                    .arg(modem.info.connectionName(), modem.ports.join(QStringLiteral(", ")));
     }
-    qCInfo(AT_MODEM).noquote() << QStringLiteral("The search found %1 modems in %2 ms")
-                                      .arg(records.size())
-                                      .arg(m_clock.elapsed());
+    qCInfo(AT_MODEM).noquote() << QStringLiteral("The search took %1 ms, modems found: %2")
+                                      .arg(m_clock.elapsed())
+                                      .arg(records.size());
     const QString reason = records.isEmpty() ? whyNone() : QString();
     m_probes.clear();
 
