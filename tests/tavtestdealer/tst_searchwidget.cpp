@@ -1,11 +1,9 @@
 #include "dragout.h"
 #include "marktranslator.h"
 #include "modalbox.h"
-#include "modemsmodel.h"
 #include "portspeed.h"
 #include "scriptedmodem.h"
-#include "searchwidget.h"
-#include "shortstringlisteditor.h"
+#include "settingspage.h"
 #include "touchstyle.h"
 
 #include "atmodem.h"
@@ -14,18 +12,9 @@
 #include "servicescontroller.h"
 
 #include <QApplication>
-#include <QCheckBox>
-#include <QComboBox>
-#include <QGroupBox>
 #include <QLabel>
-#include <QLineEdit>
-#include <QListView>
-#include <QPushButton>
 #include <QSerialPortInfo>
 #include <QSignalSpy>
-#include <QTabWidget>
-#include <QTest>
-#include <QToolButton>
 
 #include <algorithm>
 #include <functional>
@@ -82,49 +71,21 @@ QVariantList wholeStore()
     return ModemSettings().toSettingsList();
 }
 
-/// The page as the user has it, in the place that the main dialog leaves it, with its widgets by
-/// their names.
-class Page : public SearchWidget
+/// The page in the place that the main dialog leaves it.
+class Page : public SearchWidget, public SettingsPage
 {
 public:
     Page()
-        : startedSpy(this, &SearchWidget::started)
+        : SettingsPage(this)
+        , startedSpy(this, &SearchWidget::started)
         , finishedSpy(this, &SearchWidget::finished)
     {
         setFixedSize(794, 460);
         show();
     }
 
-    QToolButton *tool(const char *name) const
-    {
-        return findChild<QToolButton *>(QLatin1String(name));
-    }
-    QLineEdit *line(const char *name) const { return findChild<QLineEdit *>(QLatin1String(name)); }
-    QCheckBox *box(const char *name) const { return findChild<QCheckBox *>(QLatin1String(name)); }
-    QComboBox *port() const { return findChild<QComboBox *>(QStringLiteral("cbPort")); }
-    QComboBox *baudrate() const { return findChild<QComboBox *>(QStringLiteral("cbBaudrate")); }
-    QPushButton *modemOnly() const
-    {
-        return findChild<QPushButton *>(QStringLiteral("pbModemOnly"));
-    }
-    QGroupBox *settings() const { return findChild<QGroupBox *>(QStringLiteral("gbSettings")); }
-    QTabWidget *tabs() const { return findChild<QTabWidget *>(QStringLiteral("tabWidget")); }
-    QListView *list() const { return findChild<QListView *>(QStringLiteral("listView")); }
-    QStringList names() const { return findModel()->stringList(); }
     ModemsFinder *finder() const { return findChild<ModemsFinder *>(); }
     ServicesController *controller() const { return findChild<ServicesController *>(); }
-    ShortStringListEditor *editor(const char *tab) const
-    {
-        return findChild<QWidget *>(QLatin1String(tab))->findChild<ShortStringListEditor *>();
-    }
-
-    void press(const char *name) { QTest::mouseClick(tool(name), Qt::LeftButton); }
-    /// Touches a row of the list.
-    void select(int row)
-    {
-        QTest::mouseClick(list()->viewport(), Qt::LeftButton, Qt::NoModifier,
-            list()->visualRect(findModel()->index(row)).center());
-    }
     /// The same, and the modem's port is there, as if the system listed it.
     void selectPluggedIn(int row, const QString &name = usbPort)
     {
@@ -139,43 +100,8 @@ public:
         selectPluggedIn(0, path);
         modemOnly()->setEnabled(true);
     }
-    /// Brings up the tab of a widget and touches that.
-    void touch(QWidget *widget)
-    {
-        bringUp(widget);
-        QTest::mouseClick(widget, Qt::LeftButton);
-    }
-    void bringUp(QWidget *widget)
-    {
-        for (int i = 0; i < tabs()->count(); ++i) {
-            if (tabs()->widget(i)->isAncestorOf(widget))
-                QTest::mouseClick(tabs()->tabBar(), Qt::LeftButton, Qt::NoModifier,
-                    tabs()->tabBar()->tabRect(i).center());
-        }
-    }
-    void tick(const char *name)
-    {
-        bringUp(box(name));
-        QTest::mouseClick(
-            box(name), Qt::LeftButton, Qt::NoModifier, QPoint(10, box(name)->height() / 2));
-    }
-    /// Types a text in the place of what a line holds.
-    void type(QLineEdit *line, const QString &text)
-    {
-        touch(line);
-        QTest::keyClick(line, Qt::Key_A, Qt::ControlModifier);
-        QTest::keyClick(line, Qt::Key_Delete);
-        // By their characters, as a keyboard of any language gives them.
-        for (const QChar &character : text)
-            QTest::sendKeyEvent(
-                QTest::Click, line, Qt::Key_unknown, QString(character), Qt::NoModifier);
-    }
-
     QSignalSpy startedSpy;
     QSignalSpy finishedSpy;
-
-private:
-    ModemsModel *findModel() const { return qobject_cast<ModemsModel *>(list()->model()); }
 };
 
 } // namespace
