@@ -97,12 +97,24 @@ QString isoText(const QDateTime &time)
                           : QString();
 }
 
+// Of a list of maps: "cid A1B2C3, lac 1F40; cid ...".
 QString inLine(const QVariant &value)
 {
-    if (value.userType() != QMetaType::QVariantList && value.userType() != QMetaType::QVariantMap)
-        return value.toString();
-    const QByteArray json = QJsonDocument::fromVariant(value).toJson(QJsonDocument::Compact);
-    return QString::fromUtf8(json);
+    if (value.userType() == QMetaType::QVariantMap) {
+        QStringList parts;
+        const QVariantMap map = value.toMap();
+        for (auto part = map.cbegin(); part != map.cend(); ++part)
+            parts << QStringLiteral("%1 %2").arg(part.key(), inLine(part.value()));
+        return parts.join(QStringLiteral(", "));
+    }
+    if (value.userType() == QMetaType::QVariantList) {
+        QStringList parts;
+        const QVariantList list = value.toList();
+        for (const QVariant &part : list)
+            parts << inLine(part);
+        return parts.join(QStringLiteral("; "));
+    }
+    return value.toString();
 }
 
 } // namespace
