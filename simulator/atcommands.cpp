@@ -6,16 +6,41 @@
 
 namespace {
 
-// Commands that a modem takes, keeps and gives back, and that need no more than that here; the
-// values are those after power-up.
-const QMap<QByteArray, QByteArray> &plainSettings()
+// A command that a modem takes, keeps and gives back, and that needs no more than that here.
+struct PlainSetting
 {
-    static const QMap<QByteArray, QByteArray> settings{{"+CSMP", "17,167,0,0"}, {"+CLIP", "0"},
-        {"+CRC", "0"}, {"+COLP", "0"}, {"+CCWA", "0"}, {"+CGEREP", "0"}, {"+CTZU", "0"},
-        {"+CTZR", "0"}, {"+CR", "0"}, {"+IPR", "0"}, {"+IFC", "2,2"}, {"+ICF", "3,3"},
-        {"+CBST", "7,0,1"}, {"+CGATT", "1"}, {"+CGACT", "1,0"}, {"+FCLASS", "0"},
-        {"+DS", "3,0,4096,20"}, {"+CSAS", "0"}, {"+CRES", "0"}, {"+CSCB", "0"}, {"+CGSMS", "1"},
-        {"+CPBS", "\"SM\""}, {"+CMMS", "0"}};
+    QByteArray name;
+    QByteArray value; // after power-up
+    QByteArray range; // what "=?" gives (3GPP TS 27.007, 27.005 and V.250)
+};
+
+const QList<PlainSetting> &plainSettings()
+{
+    static const QList<PlainSetting> settings{
+        {"+CSMP", "17,167,0,0", ""},
+        {"+CLIP", "0", "(0,1)"},
+        {"+CRC", "0", "(0,1)"},
+        {"+COLP", "0", "(0,1)"},
+        {"+CCWA", "0", "(0,1)"},
+        {"+CGEREP", "0", "(0-2),(0,1)"},
+        {"+CTZU", "0", "(0,1)"},
+        {"+CTZR", "0", "(0,1)"},
+        {"+CR", "0", "(0,1)"},
+        {"+IPR", "0", "(),(0,9600,19200,38400,57600,115200)"},
+        {"+IFC", "2,2", "(0-2),(0-2)"},
+        {"+ICF", "3,3", "(1-6),(0-3)"},
+        {"+CBST", "7,0,1", "(0,7,12,14,71),(0),(0,1)"},
+        {"+CGATT", "1", "(0,1)"},
+        {"+CGACT", "1,0", "(0,1)"},
+        {"+FCLASS", "0", "(0,1)"},
+        {"+DS", "3,0,4096,20", "(0-3),(0),(4096),(20)"},
+        {"+CSAS", "0", "(0)"},
+        {"+CRES", "0", "(0)"},
+        {"+CSCB", "0", "(0,1)"},
+        {"+CGSMS", "1", "(0-3)"},
+        {"+CPBS", "\"SM\"", "(\"SM\")"},
+        {"+CMMS", "0", "(0-2)"},
+    };
     return settings;
 }
 
@@ -56,7 +81,9 @@ void AtCommands::powerUp()
     m_session.powerUp();
     m_network.powerUp();
     m_sms.powerUp();
-    m_settings = plainSettings();
+    m_settings.clear();
+    for (const PlainSetting &setting : plainSettings())
+        m_settings.insert(setting.name, setting.value);
 }
 
 CommandReply AtCommands::execute(const QByteArray &text)
@@ -179,9 +206,11 @@ CommandReply AtCommands::plainSetting(const ParsedCommand &command)
         return CommandReply::ok({command.name + ": " + setting.value()});
     if (command.kind == ParsedCommand::Kind::Set)
         setting.value() = command.arguments.join(',');
-    static const QMap<QByteArray, QByteArray> ranges{
-        {"+CPBS", "(\"SM\")"}, {"+FCLASS", "(0,1)"}, {"+IFC", "(0-2),(0-2)"}};
-    if (command.kind == ParsedCommand::Kind::Test && ranges.contains(command.name))
-        return CommandReply::ok({command.name + ": " + ranges.value(command.name)});
+    if (command.kind == ParsedCommand::Kind::Test) {
+        for (const PlainSetting &known : plainSettings()) {
+            if (known.name == command.name && !known.range.isEmpty())
+                return CommandReply::ok({command.name + ": " + known.range});
+        }
+    }
     return CommandReply::ok();
 }

@@ -24,6 +24,9 @@ UsbIdentity readUsb(JsonReader reader)
     const QMap<QString, QString> properties = reader.textMap(QStringLiteral("properties"));
     for (auto it = properties.begin(); it != properties.end(); ++it)
         usb.properties.insert(it.key(), it.value());
+    JsonReader ports = reader.object(QStringLiteral("portProperties"));
+    for (const QString &port : ports.keys())
+        usb.portProperties.insert(port, ports.textMap(port));
     reader.finish();
     return usb;
 }

@@ -110,12 +110,7 @@ CommandReply SimCommands::ownNumber() const
     const QString &line = isThere ? modem.profile.ownNumber : modem.profile.noOwnNumber;
     if (line.isEmpty())
         return CommandReply::ok();
-    // The number is a text like any other, in the chosen character set.
-    QByteArray filled = modem.filled(line);
-    const QByteArray number = modem.scenario.sim.number.toLatin1();
-    if (isThere)
-        filled.replace(quoted(number), quoted(m_session->toCharset(modem.scenario.sim.number)));
-    return CommandReply::ok({filled});
+    return CommandReply::ok({modem.filled(line)});
 }
 
 CommandReply SimCommands::readFile(const ParsedCommand &command) const

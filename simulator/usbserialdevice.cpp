@@ -86,6 +86,9 @@ bool UsbSerialDevice::addPort(int interface, int portNumber)
     };
     for (auto it = m_identity.properties.begin(); it != m_identity.properties.end(); ++it)
         properties.append({it.key().toUtf8(), it.value().toUtf8()});
+    const auto own = m_identity.portProperties.value(QString::fromLatin1(interfaceNumber));
+    for (auto it = own.begin(); it != own.end(); ++it)
+        properties.append({it.key().toUtf8(), it.value().toUtf8()});
 
     const QByteArray usbInterface = m_tree->add("usb",
         "1-" + QByteArray::number(m_number) + ":1." + QByteArray::number(interface), m_path,

@@ -16,6 +16,7 @@ struct UsbIdentity
     QString driver = QStringLiteral("option");
     /// What else udev's rules would say of its ports; this one is ModemManager's for every tty.
     QMap<QString, QString> properties{{QStringLiteral("ID_MM_CANDIDATE"), QStringLiteral("1")}};
+    QMap<QString, QMap<QString, QString>> portProperties; ///< the same by "00", "01"... of a port
 };
 
 /// One USB device with serial ports in the terminal's device tree, as the kernel and udev lay it

@@ -74,6 +74,8 @@ void TestAtInterpreter::basics_data()
                                      << info("+CGDCONT: 1,\"IP\",\"internet\"");
     QTest::newRow("semicolon inside quotes") << QByteArray("AT+CGDCONT=1,\"IP\",\"a;b\";+CGDCONT?")
                                              << info("+CGDCONT: 1,\"IP\",\"a;b\"");
+    QTest::newRow("range of a setting") << QByteArray("AT+CTZU=?") << info("+CTZU: (0,1)");
+    QTest::newRow("setting") << QByteArray("AT+CTZU=1;+CTZU?") << info("+CTZU: 1");
     QTest::newRow("context out of range") << QByteArray("AT+CGDCONT=99,\"IP\",\"a\"") << kError;
     QTest::newRow("functionality off ends the registration")
         << QByteArray("AT+CFUN=4;+CREG?") << info("+CREG: 0,0");
