@@ -45,8 +45,9 @@ QByteArray address(const QString &text)
     if (isNumber)
         return QByteArray(1, static_cast<char>(digits.size())) + (international ? '\x91' : '\x81')
             + swappedDigits(digits, 'F');
-    const QByteArray packed = pack(toSeptets(text));
-    return QByteArray(1, static_cast<char>(packed.size() * 2)) + '\xd0' + packed;
+    const QByteArray septets = toSeptets(text);
+    const int semiOctets = (septets.size() * 7 + 3) / 4; // those that hold something
+    return QByteArray(1, static_cast<char>(semiOctets)) + '\xd0' + pack(septets);
 }
 
 QByteArray timeStamp(const QDateTime &time)

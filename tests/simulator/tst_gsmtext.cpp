@@ -15,6 +15,8 @@ private slots:
     void defaultAlphabet();
     void deliverPdu_data();
     void deliverPdu();
+    void centreGoesInFront_data();
+    void centreGoesInFront();
     void submitPdu_data();
     void submitPdu();
     void longTextsAreCutIntoParts();
@@ -68,6 +70,16 @@ void TestGsmText::deliverPdu_data()
         << "+31641600986"
         << "How are you?"
         << QByteArray("00040B911346610089F60000208062917314080CC8F71D14969741F977FD07");
+    // 49 bits are 13 semi-octets: the filling up to the octet does not count.
+    QTest::newRow("name that fills no octet")
+        << "Beeline"
+        << "OK" << QByteArray("00040DD0C272999D76970100002080629173140802CF25");
+    QTest::newRow("number without a country")
+        << "900"
+        << "OK" << QByteArray("0004038109F000002080629173140802CF25");
+    QTest::newRow("surrogate pair") << "900" << QString::fromUtf8("👍")
+                                    << QByteArray("0004038109F0000820806291731408"
+                                                  "04D83DDC4D");
     QTest::newRow("name, UCS2") << "MTS" << QString::fromUtf8("Да")
                                 << QByteArray("000406D04DEA1400082080629173140804"
                                               "04140430");
@@ -84,6 +96,28 @@ void TestGsmText::deliverPdu()
     sms.ucs2 = !gsmtext::isDefaultAlphabet(text);
     sms.time = QDateTime(QDate(2002, 8, 26), QTime(19, 37, 41), Qt::OffsetFromUTC, 20 * 3600);
     QCOMPARE(gsmtext::storedPdu(sms), pdu);
+}
+
+void TestGsmText::centreGoesInFront_data()
+{
+    QTest::addColumn<QString>("centre");
+    QTest::addColumn<QByteArray>("address");
+    QTest::newRow("none") << "" << QByteArray("00");
+    QTest::newRow("international") << "+31624000000" << QByteArray("07911326040000F0");
+    QTest::newRow("odd number of digits") << "+79168999100" << QByteArray("07919761989901F0");
+    QTest::newRow("national") << "0900" << QByteArray("03819000");
+}
+
+void TestGsmText::centreGoesInFront()
+{
+    QFETCH(QString, centre);
+    QFETCH(QByteArray, address);
+    Sms sms;
+    sms.sender = QStringLiteral("+31641600986");
+    sms.text = QStringLiteral("How are you?");
+    sms.time = QDateTime(QDate(2002, 8, 26), QTime(19, 37, 41), Qt::OffsetFromUTC, 20 * 3600);
+    QCOMPARE(gsmtext::storedPdu(sms, centre),
+        address + "040B911346610089F60000208062917314080CC8F71D14969741F977FD07");
 }
 
 void TestGsmText::submitPdu_data()
@@ -131,6 +165,9 @@ void TestGsmText::longTextsAreCutIntoParts()
     QCOMPARE(gsmtext::smsParts(plain).first().size(), 153);
     QCOMPARE(gsmtext::smsParts(plain).join(QString()), plain);
     QCOMPARE(gsmtext::smsParts(QString(71, QChar(0x0416))).first().size(), 67);
+    const QString pairs = QString::fromUtf8("👍").repeated(36);
+    QCOMPARE(gsmtext::smsParts(pairs).first().size(), 66); // the 67th is half a pair
+    QCOMPARE(gsmtext::smsParts(pairs).join(QString()), pairs);
 
     Sms part;
     part.sender = QStringLiteral("1");

@@ -577,24 +577,25 @@ void TestInsideTerminal::soleUseEndsWithItsProgram()
     other.start(QStringLiteral("python3"),
         {QStringLiteral("-c"),
             QStringLiteral("import fcntl,os,time,termios\n"
-                           "fd=os.open('/dev/ttyUSB6',os.O_RDWR|os.O_NOCTTY)\n"
+                           "fd=os.open('/dev/ttyUSB11',os.O_RDWR|os.O_NOCTTY)\n"
                            "fcntl.ioctl(fd,termios.TIOCEXCL)\n"
                            "print('held',flush=True)\n"
                            "time.sleep(1000)\n")});
     QVERIFY(other.waitForReadyRead());
-    QVERIFY(!Port(QStringLiteral("ttyUSB6")).isOpen());
+    QVERIFY(!Port(QStringLiteral("ttyUSB11")).isOpen());
     other.kill();
     QVERIFY(other.waitForFinished());
-    QTRY_COMPARE(Port(QStringLiteral("ttyUSB6")).device().error(), QSerialPort::NoError);
-    Port modem(QStringLiteral("ttyUSB6"));
+    QTRY_COMPARE(Port(QStringLiteral("ttyUSB11")).device().error(), QSerialPort::NoError);
+    Port modem(QStringLiteral("ttyUSB11"));
     QVERIFY(modem.ask("AT").endsWith("\r\nOK\r\n"));
 }
 
-// One program after the other, with no time in between for the modem to notice.
+// One program after the other, with no time in between for the modem to notice. A modem that says
+// nothing by itself, so that an answer is all there is.
 void TestInsideTerminal::everySessionOfManyIsAnswered()
 {
     for (int i = 0; i < 200; ++i) {
-        Port modem(QStringLiteral("ttyUSB6"));
+        Port modem(QStringLiteral("ttyUSB11"));
         QVERIFY2(modem.isOpen(), qPrintable(QString::number(i)));
         QVERIFY2(modem.ask("AT").endsWith("\r\nOK\r\n"), qPrintable(QString::number(i)));
     }
