@@ -5,12 +5,15 @@
 #include "ui_ethernetwidget.h"
 
 #include <QCloseEvent>
+#include <QElapsedTimer>
 #include <QMessageBox>
 
 namespace {
 
 constexpr int rowHeight = 60;
 constexpr int quietTime = 5000; // ms without output until the buttons come back
+constexpr int floodSize = 20000; // characters in the log
+constexpr int slowInsert = 50; // ms
 
 // Only Yes is offered, but a box with one button takes it for the answer to Escape and to closing
 // as well: here both decline, and Return alone does not agree.
@@ -65,6 +68,8 @@ EthernetWidget::EthernetWidget(EthernetConfigurator *configurator, QWidget *pare
         &EthernetConfigModel::setSettings);
     connect(m_model, &EthernetConfigModel::logMessage, this, &EthernetWidget::showLog);
     connect(&m_buttonsTimer, &QTimer::timeout, this, &EthernetWidget::enableButtons);
+    m_logPause.setSingleShot(true);
+    connect(&m_logPause, &QTimer::timeout, this, &EthernetWidget::showUnshownLog);
 
     checkEnabled();
 }
@@ -83,7 +88,7 @@ void EthernetWidget::reload()
 
 void EthernetWidget::apply()
 {
-    ui->tbLog->clear();
+    clearLog();
     const QPointer<Question> question = new Question(tr("Network settings applying"),
         tr("The network settings will reconfigures. continue?"), this);
     const int answer = question->exec();
@@ -119,8 +124,33 @@ void EthernetWidget::onInterfacePressed(const QModelIndex &idx)
 
 void EthernetWidget::showLog(const QString &text)
 {
-    ui->tbLog->insertPlainText(text);
+    m_unshownLog += text;
+    if (!m_logPause.isActive())
+        showUnshownLog();
+}
+
+// The pane lays out a paragraph anew for each piece that is added to it, and looks for the end of a
+// word in all of it for each line: a command that prints a lot without a line end would hang the
+// page. So a flood is broken anywhere, and what comes while the pane is slow is added in one piece.
+void EthernetWidget::showUnshownLog()
+{
+    QElapsedTimer time;
+    time.start();
+    if (ui->tbLog->document()->characterCount() + m_unshownLog.size() > floodSize)
+        ui->tbLog->setWordWrapMode(QTextOption::WrapAnywhere);
+    ui->tbLog->insertPlainText(m_unshownLog);
     ui->tbLog->ensureCursorVisible();
+    m_unshownLog.clear();
+    if (time.elapsed() > slowInsert)
+        m_logPause.start(static_cast<int>(time.elapsed()));
+}
+
+void EthernetWidget::clearLog()
+{
+    m_logPause.stop();
+    m_unshownLog.clear();
+    ui->tbLog->clear();
+    ui->tbLog->setWordWrapMode(QTextOption::WrapAtWordBoundaryOrAnywhere);
 }
 
 void EthernetWidget::on_tbLog_textChanged()

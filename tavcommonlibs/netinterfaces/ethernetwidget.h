@@ -42,8 +42,12 @@ protected:
 
 private:
     void checkEnabled();
+    void showUnshownLog();
+    void clearLog();
 
     const std::unique_ptr<Ui::EthernetWidget> ui;
     QPointer<EthernetConfigModel> m_model; // child of this
+    QString m_unshownLog; // came during the pause
+    QTimer m_logPause;
     QTimer m_buttonsTimer; // fires on and on once started, which does no harm
 };

@@ -127,6 +127,18 @@ private slots:
         QCOMPARE(sudo.calls().size(), 2);
     }
 
+    void commandsHaveTheProgramsEnvironment()
+    {
+        qputenv("TAV_MARK", "from the program");
+        const FakeSudo sudo("printf '%s.' \"$TAV_MARK\"");
+        QuickConfigurator configurator({}, s("/target"));
+        QSignalSpy log(&configurator, &EthernetConfigurator::logMessage);
+        configurator.applySettings({});
+        waitForEnd(configurator, sudo);
+        qunsetenv("TAV_MARK");
+        QCOMPARE(textOf(log), s("from the program.from the program."));
+    }
+
     void aPathWithSpacesAndQuotesStaysOneArgument()
     {
         QTemporaryDir box;
@@ -278,12 +290,22 @@ private slots:
         QCOMPARE(textOf(log), s("a\xEF\xBF\xBD") + s("b") + QChar(0) + s("c"));
     }
 
+    void anUnwritableTemporaryFileRunsNothing_data()
+    {
+        QTest::addColumn<QString>("directory");
+        // Root may write anywhere, but not over a directory, nor where no file can be made.
+        QTest::newRow("a directory in its place") << QString();
+        QTest::newRow("a temporary directory that nobody can write to") << s("/proc");
+        QTest::newRow("a file for a temporary directory") << s("/dev/null");
+    }
+
     void anUnwritableTemporaryFileRunsNothing()
     {
-        QTemporaryDir box; // root may write anywhere, but not over a directory
+        QFETCH(QString, directory);
+        QTemporaryDir box;
         QVERIFY(QDir(box.path()).mkdir(s("interfaces.tmp")));
-        const TempPath temp(box.path());
         const FakeSudo sudo;
+        const TempPath temp(directory.isEmpty() ? box.path() : directory);
         QuickConfigurator configurator({s("eth0")}, s("/target"));
         QSignalSpy log(&configurator, &EthernetConfigurator::logMessage);
         configurator.applySettings({{s("eth0"), InterfaceSettings()}});

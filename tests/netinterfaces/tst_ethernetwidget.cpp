@@ -10,9 +10,11 @@
 #include <QLineEdit>
 #include <QMessageBox>
 #include <QPushButton>
+#include <QScrollBar>
 #include <QSignalSpy>
 #include <QSplitter>
 #include <QTableView>
+#include <QTextBlock>
 #include <QTextBrowser>
 #include <QTranslator>
 #include <QtTest>
@@ -220,6 +222,33 @@ private slots:
         QCOMPARE(box(page)->title(), s("GroupBox"));
     }
 
+    void aReloadWithoutAUsedInterfaceLeavesTheLastOneShown()
+    {
+        auto *const configurator = new QuickConfigurator({s("eth0")}, path());
+        EthernetWidget page(configurator, nullptr);
+        configurator->interfaces = {{s("eth0"), false}};
+        page.reload();
+        QVERIFY(!box(page)->isEnabledTo(&page));
+        QCOMPARE(box(page)->interface(), s("eth0"));
+        QCOMPARE(box(page)->settings(), eth0());
+    }
+
+    void aSwitchKeepsTheListWhereItIs()
+    {
+        QStringList names;
+        for (int i = 0; i < 8; ++i)
+            names += s("eth%1").arg(i);
+        EthernetWidget page(new QuickConfigurator(names, path()), nullptr);
+        show(page);
+        table(page)->scrollToBottom();
+        const int place = table(page)->verticalScrollBar()->value();
+        QVERIFY(place > 0);
+        tap(page, 7, 0);
+        QCOMPARE(box(page)->interface(), table(page)->model()->index(7, 1).data().toString());
+        QCoreApplication::processEvents();
+        QCOMPARE(table(page)->verticalScrollBar()->value(), place);
+    }
+
     void aTapOnTheIconSwitchesAndOnTheNameDoesNot()
     {
         EthernetWidget page(new QuickConfigurator({s("eth0")}, path()), nullptr);
@@ -415,6 +444,66 @@ private slots:
         waitForEnd(page, sudo);
     }
 
+    // Nothing is run and nothing said, but the page comes back.
+    void theButtonsComeBackAlsoWhenNothingCanBeRun_data()
+    {
+        QTest::addColumn<QByteArray>("variable");
+        QTest::newRow("no sudo") << QByteArray("PATH");
+        QTest::newRow("no temporary directory") << QByteArray("TMPDIR");
+    }
+
+    void theButtonsComeBackAlsoWhenNothingCanBeRun()
+    {
+        QFETCH(QByteArray, variable);
+        const QByteArray value = qgetenv(variable.constData());
+        qputenv(variable.constData(), "/no/such/directory");
+        EthernetWidget page(new QuickConfigurator({s("eth0")}, path()), nullptr);
+        show(page);
+        if (variable == "PATH")
+            QTest::ignoreMessage(
+                QtWarningMsg, QRegularExpression(s("^QProcess::FailedToStart \".+\"$")));
+        whenAsked(sayYes);
+        QTest::mouseClick(button(page, "pbApply"), Qt::LeftButton);
+        qputenv(variable.constData(), value);
+        QVERIFY(!button(page, "pbApply")->isEnabled());
+        QTRY_VERIFY_WITH_TIMEOUT(button(page, "pbApply")->isEnabled(), 7000);
+        QVERIFY(button(page, "pbReload")->isEnabled());
+        QCOMPARE(log(page)->toPlainText(), QString());
+    }
+
+    void aMegabyteOfOutputIsShown_data()
+    {
+        QTest::addColumn<QByteArray>("command");
+        const QByteArray megabyte = "head -c 1048576 /dev/zero | tr '\\0' x";
+        QTest::newRow("in lines") << megabyte + " | fold -w 79";
+        QTest::newRow("in short lines") << megabyte + " | fold -w 19";
+        QTest::newRow("in words") << megabyte + " | fold -w 7 | tr '\\n' ' '";
+        QTest::newRow("in one word") << megabyte;
+    }
+
+    void aMegabyteOfOutputIsShown()
+    {
+        QFETCH(QByteArray, command);
+        const FakeSudo sudo("[ \"$1\" = cp ] || exit 0\n" + command + "\necho; echo end");
+        EthernetWidget page(new QuickConfigurator({}, path()), nullptr);
+        show(page);
+        whenAsked(sayYes);
+        QElapsedTimer time;
+        time.start();
+        QTest::mouseClick(button(page, "pbApply"), Qt::LeftButton);
+        waitForEnd(page, sudo);
+        QTRY_VERIFY_WITH_TIMEOUT(
+            log(page)->document()->lastBlock().previous().text() == s("end"), 60000);
+        QVERIFY2(time.elapsed() < 30000, qPrintable(QString::number(time.elapsed())));
+        QCOMPARE(log(page)->toPlainText().count(QLatin1Char('x')), 1048576);
+
+        // The next log has its words whole again.
+        whenAsked([](QMessageBox *box) { box->reject(); });
+        page.apply();
+        QCOMPARE(log(page)->toPlainText(), QString());
+        QCOMPARE(log(page)->wordWrapMode(), QTextOption::WrapAtWordBoundaryOrAnywhere);
+    }
+
     void theLogIsPlainText()
     {
         EthernetWidget page(new QuickConfigurator({}, path()), nullptr);
@@ -464,7 +553,10 @@ private slots:
         QVERIFY2(page.minimumSizeHint().height() <= 520,
             qPrintable(QString::number(page.minimumSizeHint().height())));
         QVERIFY(page.minimumSizeHint().width() <= 790);
-        show(page);
+        page.resize(794, 531); // what the dialog leaves
+        page.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&page));
+        QCOMPARE(page.size(), QSize(794, 531));
         QList<QWidget *> touched = {button(page, "pbReload"), button(page, "pbApply"),
             combo(*box(page)), edit(*box(page), "leIP"), edit(*box(page), "leNetmask"),
             edit(*box(page), "leGateway"), edit(*box(page), "leDNS")};
