@@ -66,7 +66,7 @@ Machine::Machine(const Scenario &scenario, QString brokerProgram, QObject *paren
 
 Machine::~Machine() = default;
 
-bool Machine::writeFiles(const Scenario &scenario, QString *error)
+bool Machine::writeFiles(const Scenario &scenario, const TerminalLanguage &language, QString *error)
 {
     QByteArray hosts = "127.0.0.1 localhost\n";
     char hostName[256] = {};
@@ -78,9 +78,10 @@ bool Machine::writeFiles(const Scenario &scenario, QString *error)
         hosts += (overPpp ? "10.0.2.2 " : "127.0.0.1 ") + page.host.toLatin1() + '\n';
     }
     const QByteArray configuration = "[paths]\nworkDir=/var/lib/ovrel\nlogger=/var/log/ovrel\n"
-                                     "versions=/var/lib/ovrel/versions\n\n[bus]\naddress=system\n\n"
-                                     "[internet]\nmakerPage="
-        + urlOf(pages().at(0)) + "\npublicPage=" + urlOf(pages().at(1)) + '\n';
+                                     "versions=/var/lib/ovrel/versions\ntranslations="
+        + language.translations.toUtf8() + "\n\n[locale]\nname=" + language.locale.toUtf8()
+        + "\n\n[bus]\naddress=system\n\n[internet]\nmakerPage=" + urlOf(pages().at(0))
+        + "\npublicPage=" + urlOf(pages().at(1)) + '\n';
     bool written = PrivateFiles::write(QStringLiteral("/etc/hosts"), hosts)
         && PrivateFiles::write(QStringLiteral("/etc/ovrel/terminalV4.conf"), configuration)
         && PrivateFiles::write(

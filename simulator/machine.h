@@ -14,6 +14,13 @@ class PortUser;
 class SimulatedService;
 class WebPage;
 
+/// What the terminal's configuration says of its language.
+struct TerminalLanguage
+{
+    QString locale; ///< as QLocale names it; empty = that of the environment
+    QString translations; ///< directory; empty = the default one
+};
+
 /// The terminal's hardware, services and surroundings, put together as a scenario says. Its
 /// thread's event loop must run. The public calls are what the control interface offers; those
 /// with a bool give false for a name that is not known.
@@ -27,7 +34,8 @@ public:
     ~Machine() override;
 
     /// Writes the files that programs in the terminal find. Before any program is started.
-    static bool writeFiles(const Scenario &scenario, QString *error);
+    static bool writeFiles(
+        const Scenario &scenario, const TerminalLanguage &language, QString *error);
     /// Sets the environment of the terminal's programs in the calling process.
     static void setEnvironment();
 

@@ -10,12 +10,14 @@
 #include <QCommandLineParser>
 #include <QCoreApplication>
 #include <QFileInfo>
+#include <QLocale>
 #include <cstdio>
 #include <unistd.h>
 
 namespace {
 
-constexpr char kUsage[] = "terminalsim [--scenario FILE] [--publish PORT] -- PROGRAM [ARGUMENTS]\n"
+constexpr char kUsage[] = "terminalsim [--scenario FILE] [--locale NAME] [--publish PORT] -- "
+                          "PROGRAM [ARGUMENTS]\n"
                           "Runs PROGRAM in a simulated payment terminal and ends with its status.\n"
                           "FILE may be the name of a scenario that comes along, too.";
 
@@ -24,16 +26,27 @@ void complain(const QString &text)
     std::fprintf(stderr, "terminalsim: %s\n", qUtf8Printable(text));
 }
 
+QString ownFolder()
+{
+    return QFileInfo(QFile::symLinkTarget(QStringLiteral("/proc/self/exe"))).path();
+}
+
 // The broker of the same build or installation as this program.
 QString findBroker()
 {
-    const QString own = QFileInfo(QFile::symLinkTarget(QStringLiteral("/proc/self/exe"))).path();
     for (const char *place : {"/tavbusd", "/../libexec/ovrel/tavbusd"}) {
-        const QFileInfo broker(own + QLatin1String(place));
+        const QFileInfo broker(ownFolder() + QLatin1String(place));
         if (broker.isExecutable())
             return broker.canonicalFilePath();
     }
     return {};
+}
+
+// The translations likewise; none when they have not been built.
+QString findTranslations()
+{
+    return QFileInfo(ownFolder() + QLatin1String("/../share/ovrel/translations"))
+        .canonicalFilePath();
 }
 
 } // namespace
@@ -44,9 +57,10 @@ bool TerminalSim::readArguments(const QStringList &arguments)
     parser.setOptionsAfterPositionalArgumentsMode(QCommandLineParser::ParseAsPositionalArguments);
     const QCommandLineOption scenario(
         QStringLiteral("scenario"), {}, QStringLiteral("file"), QStringLiteral("default"));
+    const QCommandLineOption locale(QStringLiteral("locale"), {}, QStringLiteral("name"));
     const QCommandLineOption publish(QStringLiteral("publish"), {}, QStringLiteral("port"));
     const QCommandLineOption help(QStringList{QStringLiteral("h"), QStringLiteral("help")});
-    parser.addOptions({scenario, publish, help});
+    parser.addOptions({scenario, locale, publish, help});
     if (!parser.parse(QStringList(QString()) + arguments)) {
         complain(parser.errorText());
         return false;
@@ -62,6 +76,13 @@ bool TerminalSim::readArguments(const QStringList &arguments)
     QString error;
     if (!Scenario::load(parser.value(scenario), &m_scenario, &error)) {
         complain(error);
+        return false;
+    }
+    m_language = {parser.value(locale), findTranslations()};
+    // QLocale answers every name that it does not know with "C".
+    if (parser.isSet(locale) && m_language.locale != QLatin1String("C")
+        && QLocale(m_language.locale).language() == QLocale::C) {
+        complain(QStringLiteral("there is no locale %1").arg(m_language.locale));
         return false;
     }
     if (parser.isSet(publish)) {
@@ -96,7 +117,7 @@ int TerminalSim::run(const QStringList &arguments)
             complain(files.errorText());
             return TerminalNamespace::kRefused;
         }
-        if (!Machine::writeFiles(m_scenario, &error)) {
+        if (!Machine::writeFiles(m_scenario, m_language, &error)) {
             complain(error);
             return TerminalNamespace::kRefused;
         }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "machine.h"
 #include "scenario.h"
 
 #include <QStringList>
@@ -19,6 +20,7 @@ private:
     Scenario m_scenario;
     QStringList m_program;
     QString m_broker;
+    TerminalLanguage m_language;
     bool m_helpWanted = false;
     int m_published = -1; // listening socket outside
     quint16 m_publishedPort = 0;

@@ -3,6 +3,7 @@
 #include <QElapsedTimer>
 #include <QFile>
 #include <QProcess>
+#include <QSettings>
 #include <QTcpServer>
 #include <QTcpSocket>
 #include <QTemporaryDir>
@@ -121,6 +122,8 @@ private slots:
     void portInUseIsTold();
     void withoutNamespacesItSaysWhatToDo();
     void sudoJustRuns();
+    void languageStandsInTheConfiguration_data();
+    void languageStandsInTheConfiguration();
     void modemShowsWhatItsProfileSays();
     void helpIsNoError();
 };
@@ -165,6 +168,9 @@ void TestTerminalSim::badCallIsRefused_data()
     QTest::newRow("no such name") << QStringList{QStringLiteral("--scenario"),
                                          QStringLiteral("nowhere")}
             + shell(ran) << QByteArray("terminalsim: there is no \"nowhere\"; there are: ");
+    QTest::newRow("no such locale")
+        << QStringList{QStringLiteral("--locale"), QStringLiteral("xx_XX")} + shell(ran)
+        << QByteArray("terminalsim: there is no locale xx_XX");
     QTest::newRow("port no number")
         << QStringList{QStringLiteral("--publish"), QStringLiteral("vnc")} + shell(ran)
         << QByteArray("terminalsim: cannot listen on port vnc");
@@ -368,6 +374,35 @@ void TestTerminalSim::sudoJustRuns()
 }
 
 // Read as files, by a program that has nothing of the environment it was started in.
+void TestTerminalSim::languageStandsInTheConfiguration_data()
+{
+    QTest::addColumn<QStringList>("options");
+    QTest::addColumn<QString>("name");
+    QTest::newRow("the environment's") << QStringList() << QString();
+    QTest::newRow("chosen") << QStringList{QStringLiteral("--locale"), QStringLiteral("kk_KZ")}
+                            << QStringLiteral("kk_KZ");
+}
+
+void TestTerminalSim::languageStandsInTheConfiguration()
+{
+    QFETCH(QStringList, options);
+    QFETCH(QString, name);
+    const Outcome outcome = run(options
+        + QStringList{QStringLiteral("--"), QStringLiteral("cat"),
+            QStringLiteral("/etc/ovrel/terminalV4.conf")});
+    QCOMPARE(outcome.status, 0);
+    QTemporaryDir box;
+    QFile file(box.filePath(QStringLiteral("terminalV4.conf")));
+    QVERIFY(file.open(QIODevice::WriteOnly));
+    QCOMPARE(file.write(outcome.out), qint64(outcome.out.size()));
+    file.close();
+    const QSettings configuration(file.fileName(), QSettings::IniFormat);
+    QCOMPARE(configuration.value(QStringLiteral("locale/name")).toString(), name);
+    const QDir translations(configuration.value(QStringLiteral("paths/translations")).toString());
+    QVERIFY(translations.isAbsolute());
+    QVERIFY(translations.exists(QStringLiteral("tavtestdealer_kk.qm")));
+}
+
 void TestTerminalSim::modemShowsWhatItsProfileSays()
 {
     const QTemporaryDir directory;

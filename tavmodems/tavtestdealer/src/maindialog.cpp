@@ -94,6 +94,7 @@ void MainDialog::reject()
 
 void MainDialog::connectionTested(bool exists)
 {
+    m_isConnected = exists;
     ui->toolButton->setIcon(
         QIcon(exists ? QStringLiteral(":/greenled.png") : QStringLiteral(":/redled.png")));
     ui->toolButton->setToolTip(exists ? tr("Connection on") : tr("Connection off"));
@@ -102,8 +103,11 @@ void MainDialog::connectionTested(bool exists)
 void MainDialog::changeEvent(QEvent *event)
 {
     QDialog::changeEvent(event);
-    if (event->type() == QEvent::LanguageChange)
-        ui->retranslateUi(this);
+    if (event->type() != QEvent::LanguageChange)
+        return;
+    ui->retranslateUi(this);
+    if (m_isConnected)
+        connectionTested(*m_isConnected);
 }
 
 void MainDialog::closeEvent(QCloseEvent *event)

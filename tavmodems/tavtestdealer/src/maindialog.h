@@ -3,6 +3,7 @@
 #include <QDialog>
 
 #include <memory>
+#include <optional>
 
 class AbstractWorkerThread;
 namespace Ui {
@@ -41,6 +42,7 @@ private:
 
     const std::unique_ptr<Ui::MainDialog> ui;
     AbstractWorkerThread *m_testerThread = nullptr; // child of this
+    std::optional<bool> m_isConnected; // by the latest Internet check, if there was one
     bool m_isClosing = false; // a close is under way, which processes events
     bool m_isConfirmed = false; // the user has confirmed it
 };

@@ -6,6 +6,8 @@
 #include <QPainter>
 #include <QStyleOption>
 
+#include <algorithm>
+
 namespace {
 
 constexpr int kTargetHeight = 48;
@@ -74,6 +76,21 @@ QSize TouchStyle::sizeFromContents(
     default:
         return given;
     }
+}
+
+QRect TouchStyle::subControlRect(ComplexControl control, const QStyleOptionComplex *option,
+    SubControl subControl, const QWidget *widget) const
+{
+    const QRect given = QProxyStyle::subControlRect(control, option, subControl, widget);
+    const auto *box = qstyleoption_cast<const QStyleOptionGroupBox *>(option);
+    if (control != CC_GroupBox || subControl != SC_GroupBoxLabel || !box)
+        return given;
+    // Fusion makes room for what is black of a title and draws it with its bearings: the last
+    // letter of a long one was cut.
+    const int wanted = box->fontMetrics.horizontalAdvance(box->text + QLatin1Char(' '));
+    const QRect whole(given.topLeft(), QSize(std::max(given.width(), wanted), given.height()));
+    return box->direction == Qt::RightToLeft ? whole.translated(given.width() - whole.width(), 0)
+                                             : whole;
 }
 
 int TouchStyle::styleHint(StyleHint hint, const QStyleOption *option, const QWidget *widget,
