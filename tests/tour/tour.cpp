@@ -78,6 +78,12 @@ void Tour::run()
     refusesToCloseMeanwhile();
     stops();
     goesGreenWithOnePage();
+    searches();
+    edits();
+    reorders();
+    removes();
+    asks();
+    saves();
     configuresTheNetwork();
     asksBeforeItCloses();
     savesAndCloses();

@@ -39,6 +39,12 @@ private:
     void refusesToCloseMeanwhile();
     void stops();
     void goesGreenWithOnePage();
+    void searches(); // this and what follows up to saves() in modempages.cpp
+    void edits();
+    void reorders();
+    void removes();
+    void asks();
+    void saves();
     void configuresTheNetwork(); // this and the next in networkpage.cpp
     void appliesTheNetwork();
     void asksBeforeItCloses();
@@ -52,6 +58,7 @@ private:
     void clickInBox(const QString &buttonText);
     void choose(const QString &comboBox, const QString &item);
     void type(const QString &lineEdit, const QString &text);
+    void select(const QString &connection);
     void picture(const QString &name);
     /** Tells what was seen apart from the window. */
     static void seen(const QString &what);
