@@ -31,6 +31,7 @@ constexpr milliseconds kCardQuery = 5s; // the modem itself may be waiting for t
 constexpr milliseconds kSetting = 1s;
 constexpr milliseconds kHangUp = 3s;
 constexpr milliseconds kReset = 3s;
+constexpr milliseconds kSwitch = 4s; // a stick writes it into its memory
 constexpr milliseconds kRadioOn = 15s;
 constexpr milliseconds kSimReady = 10s;
 constexpr milliseconds kSimAppears = 3s; // a card is not seen at once after a reset
@@ -164,6 +165,7 @@ void AtModem::beforeDial()
 {
     if (!m_d->session.begin())
         return;
+    m_d->session.cellReports.clear();
     // 3GPP TS 27.007 7.2, 10.1.20, 10.1.22.
     m_d->sendAll(QList<QByteArray>{"AT+CREG=0", "AT+CGREG=0", "AT+CEREG=0"}
         + m_d->session.dialect->quietCommands);
@@ -359,7 +361,7 @@ void AtModem::Private::identify()
 
 bool AtModem::Private::restoreCommandState()
 {
-    session.isPlainCharset = false;
+    session.forgetSettings();
     AtReply reply = session.ask("ATZ", kReset);
     if (reply.status == AtReply::Status::Timeout) // some answer nothing while they restart
         reply = session.ask("AT", kHandshake);
@@ -440,7 +442,7 @@ bool AtModem::Private::chooseModemAlone()
     AtReply reply;
     reply.status = AtReply::Status::Refused; // when there is nothing to send
     for (const QByteArray &command : dialect.modemOnlyCommands) {
-        reply = session.ask(command, kSetting);
+        reply = session.ask(command, kSwitch);
         if (reply.isOk() && !tellsFailure(reply.lines))
             return true;
         if (reply.isLost())
@@ -451,7 +453,7 @@ bool AtModem::Private::chooseModemAlone()
         if (devices.isLost())
             return session.failLost(devices);
         if (const auto choice = modemAlone(dialect.devicesCommand, devices.lines)) {
-            reply = session.ask(*choice, kSetting);
+            reply = session.ask(*choice, kSwitch);
             if (reply.isOk())
                 return true;
         }

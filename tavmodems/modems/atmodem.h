@@ -113,8 +113,8 @@ public:
      * "revision", "imei"; of the SIM card "imsi", "iccid", "simNumber"; "operator" (the name that
      * the network gives itself), "registration" ("home", "roaming", "searching", "denied"...),
      * "technology" ("GSM", "UMTS", "LTE", "5G"), all texts; and "gsmCells", a list that may be
-     * empty of maps with "lac" and "cid" as of getGsmCells() and "technology". Half a minute at
-     * most, 10 s when the modem has gone silent. What it asks for as getGsmCells() does has the
+     * empty of maps with "lac" and "cid" as of getGsmCells() and "technology". 40 s at most,
+     * 10 s when the modem has gone silent. What it asks for as getGsmCells() does has the
      * same consequence.
      */
     bool getInfo(QMap<QString, QVariant> &info);
@@ -122,7 +122,8 @@ public:
     /**
      * Asks the operator for the card's own telephone number: by a USSD code `phone`, 35 s at most,
      * or by a message to the service number `phone`, behind which, after a blank, the text to
-     * send; its answer is awaited for a minute from then. The message stays on the modem.
+     * send; its answer is awaited for a minute from then, with a modem slow in listing its
+     * messages four minutes in all at the very most. The message stays on the modem.
      */
     bool requestSelfNumber(bool fromSms, const QString &phone, QString &number);
 

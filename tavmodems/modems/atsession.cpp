@@ -27,8 +27,14 @@ void AtSession::close()
     m_port.close();
     dialect = nullptr;
     identity = {};
-    isPlainCharset = false;
     ussdForm.reset();
+    forgetSettings();
+}
+
+void AtSession::forgetSettings()
+{
+    isPlainCharset = false;
+    cellReports.clear();
 }
 
 bool AtSession::begin()

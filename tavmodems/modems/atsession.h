@@ -30,6 +30,9 @@ public:
     bool isOpen() const { return m_channel != nullptr; }
     QString path() const { return m_port.path(); }
 
+    /** The modem was reset: what was set in it may have gone. */
+    void forgetSettings();
+
     /** Begins an operation: clears the error, or is false with one when no port is open. */
     bool begin();
 
@@ -57,6 +60,8 @@ public:
     const AtDialect *dialect = nullptr; // of the static table
     /** Whether AT+CSCS was set to plain characters since the port was opened or the modem reset. */
     bool isPlainCharset = false;
+    /** Which of +CREG, +CGREG, +CEREG were set to tell the cell since then. */
+    QList<QByteArray> cellReports;
     /** In which form the modem has taken a USSD request since the port was opened. */
     std::optional<UssdForm> ussdForm;
     /** AtModem::setAbortFlag(): the caller's, or null. */

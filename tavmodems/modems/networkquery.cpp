@@ -184,8 +184,11 @@ std::optional<AtCell> NetworkQuery::registration()
     std::optional<AtCell> best;
     for (const QByteArray &name :
         {QByteArray("+CREG"), QByteArray("+CGREG"), QByteArray("+CEREG")}) {
-        if (!ask("AT" + name + "=2", kSetting).isOk())
-            continue;
+        if (!m_session.cellReports.contains(name)) {
+            if (!ask("AT" + name + "=2", kSetting).isOk())
+                continue;
+            m_session.cellReports << name;
+        }
         const auto cell = parseCell(name, ask("AT" + name + '?', kQuery).lines);
         if (cell && !cell->area.isEmpty())
             return cell;

@@ -63,10 +63,11 @@ bool UssdSession::request(const QString &code, QString &answer)
                                  .arg(onelinetext::cleaned(code)));
     if (!m_session.isPlainCharset && !choosePlainCharset())
         return false;
+    const QDeadlineTimer deadline(m_limit);
     for (const UssdForm form : forms) {
         bool isFormRefused = !commands.contains(form);
         const bool isAnswered = !isFormRefused && m_session.begin()
-            && exchange(commands.value(form), answer, isFormRefused);
+            && exchange(commands.value(form), deadline, answer, isFormRefused);
         if (isAnswered)
             m_session.ussdForm = form;
         if (isAnswered || !isFormRefused)
@@ -89,10 +90,10 @@ bool UssdSession::choosePlainCharset()
     return true;
 }
 
-bool UssdSession::exchange(const QByteArray &command, QString &answer, bool &isFormRefused)
+bool UssdSession::exchange(
+    const QByteArray &command, const QDeadlineTimer &deadline, QString &answer, bool &isFormRefused)
 {
-    const QDeadlineTimer deadline(m_limit);
-    const AtReply reply = m_session.ask(command, m_limit);
+    const AtReply reply = m_session.ask(command, remaining(deadline));
     isFormRefused = isAboutForm(reply);
     if (!reply.isOk())
         return m_session.failAnswer(reply, QStringLiteral("The USSD request was refused"));

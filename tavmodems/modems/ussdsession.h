@@ -6,6 +6,7 @@
 #include <chrono>
 
 class AtSession;
+class QDeadlineTimer;
 
 /** USSD requests to the network over an open modem (3GPP TS 27.007 7.15). */
 class UssdSession
@@ -27,7 +28,8 @@ public:
 
 private:
     bool choosePlainCharset();
-    bool exchange(const QByteArray &command, QString &answer, bool &isFormRefused);
+    bool exchange(const QByteArray &command, const QDeadlineTimer &deadline, QString &answer,
+        bool &isFormRefused);
     void callOff();
 
     AtSession &m_session;

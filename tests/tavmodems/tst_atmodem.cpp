@@ -244,6 +244,7 @@ void TestAtModem::refusesWhatIsNoPort()
     QVERIFY(bench.clock.elapsed() < kAtOnce);
     QVERIFY(!bench.driver.isOpen());
     QTEST(bench.driver.lastError(), "error");
+    QCOMPARE(bench.driver.error(), AtModem::Error::Port);
     QCOMPARE(bench.lockFiles(), QStringList());
 }
 
@@ -269,6 +270,7 @@ void TestAtModem::isBoundedWhenTheModemIsSilent()
         qPrintable(QString::number(bench.clock.elapsed())));
     QCOMPARE(bench.driver.lastError(),
         QStringLiteral("The modem on %1 does not answer.").arg(bench.modem.path()));
+    QCOMPARE(bench.driver.error(), AtModem::Error::NoAnswer);
     QVERIFY(!bench.driver.isOpen());
     QCOMPARE(bench.lockFiles(), QStringList());
 }
@@ -308,6 +310,9 @@ void TestAtModem::isNotTakenInByOtherThings()
     QVERIFY(!bench.open(1));
     QVERIFY2(bench.clock.elapsed() < 5000, qPrintable(QString::number(bench.clock.elapsed())));
     QCOMPARE(bench.driver.lastError(), error.arg(bench.modem.path()));
+    QCOMPARE(bench.driver.error(),
+        error.contains(QLatin1String("refuses")) ? AtModem::Error::Refused
+                                                 : AtModem::Error::NoAnswer);
 }
 
 void TestAtModem::makesAQuietOrTerseModemSpeak_data()
@@ -446,6 +451,7 @@ void TestAtModem::namesTheHolderOfALockedPort()
         QStringLiteral("The port %1 is in use by tst_atmodem (process %2).")
             .arg(bench.modem.path())
             .arg(other.pid()));
+    QCOMPARE(bench.driver.error(), AtModem::Error::Port);
     QVERIFY(bench.modem.commands().isEmpty());
 }
 
@@ -459,6 +465,7 @@ void TestAtModem::namesTheHolderOfAnExclusivePort()
         QStringLiteral("The port %1 is in use by tst_atmodem (process %2).")
             .arg(bench.modem.path())
             .arg(other.pid()));
+    QCOMPARE(bench.driver.error(), AtModem::Error::Port);
     QVERIFY(bench.modem.commands().isEmpty());
     QCOMPARE(bench.lockFiles(), QStringList());
 }
