@@ -596,6 +596,11 @@ private slots:
         QTest::newRow("debt") << QByteArray("Balance: -12.34 r.") << QStringLiteral("-12.34");
         QTest::newRow("nothing") << QByteArray("Balance: 0.00 r.") << QStringLiteral("0");
         QTest::newRow("kopecks") << QByteArray("Balance: 1234.07 r.") << QStringLiteral("1234.07");
+        // General notation: whichever is shorter.
+        QTest::newRow("round and large")
+            << QByteArray("Balance: 1000000.00 r.") << QStringLiteral("1e+06");
+        QTest::newRow("large") << QByteArray("Balance: 123456.78 r.")
+                               << QStringLiteral("123456.78");
         QTest::newRow("no amount") << QByteArray("Try again later") << QStringLiteral("nan");
     }
     void balanceIsWrittenAsShortAsItIsExact()

@@ -604,6 +604,17 @@ private slots:
         QCOMPARE(order(), QStringList({a, b, c}));
     }
 
+    // Read-only as it is, its signal is connected like the others'.
+    void nameIsConnectedToo()
+    {
+        Page page;
+        page.selectPluggedIn(0);
+        page.line("leUser")->setText(QStringLiteral("by the program"));
+        QCOMPARE(stored(a), modem(a));
+        emit page.line("leName")->textEdited(a);
+        QCOMPARE(stored(a).userName(), QStringLiteral("by the program"));
+    }
+
     void everyTypedKeyCounts()
     {
         Page page;
