@@ -219,6 +219,8 @@ bool NetworkQuery::isLost() const
 
 QByteArray NetworkQuery::iccid()
 {
+    if (isLost()) // and with it the dialect
+        return {};
     const QByteArray iccid
         = parseIccid(ask(m_session.dialect->cardNumberCommand, kCardQuery).lines);
     if (!iccid.isEmpty())
