@@ -114,7 +114,7 @@ std::optional<QString> NetworkQuery::imei()
 
 std::optional<AtCell> NetworkQuery::cell()
 {
-    const auto known = registration();
+    auto known = registration();
     if (isLost())
         return std::nullopt;
     if (known && !known->area.isEmpty())
@@ -189,7 +189,7 @@ std::optional<AtCell> NetworkQuery::registration()
                 continue;
             m_session.cellReports << name;
         }
-        const auto cell = parseCell(name, ask("AT" + name + '?', kQuery).lines);
+        auto cell = parseCell(name, ask("AT" + name + '?', kQuery).lines);
         if (cell && !cell->area.isEmpty())
             return cell;
         if (cell
@@ -221,8 +221,7 @@ QByteArray NetworkQuery::iccid()
 {
     if (isLost()) // and with it the dialect
         return {};
-    const QByteArray iccid
-        = parseIccid(ask(m_session.dialect->cardNumberCommand, kCardQuery).lines);
+    QByteArray iccid = parseIccid(ask(m_session.dialect->cardNumberCommand, kCardQuery).lines);
     if (!iccid.isEmpty())
         return iccid;
     // 27.007 8.18: READ BINARY of EF ICCID, 2FE2 of 3GPP TS 31.101 or ETSI TS 102 221 13.2.

@@ -16,7 +16,7 @@ namespace {
 
 constexpr milliseconds kSetting = 1s;
 // Between two looks for new messages; a line from the modem, which announces one, ends it.
-constexpr milliseconds kLookAgain = 5s;
+constexpr milliseconds kLookAgain = 2s;
 constexpr int kMostServiceDigits = 6;
 
 bool isSame(const SmsMessage &one, const SmsMessage &other)
@@ -45,7 +45,7 @@ bool NumberRequest::byUssd(const QString &code, QString &number)
     if (!found)
         return m_session.fail(AtError::Refused,
             QStringLiteral("There is no telephone number in the operator's answer: %1")
-                .arg(answer));
+                .arg(answer.simplified()));
     number = *found;
     return true;
 }
@@ -64,14 +64,13 @@ bool NumberRequest::bySms(const QString &service, QString &number)
     SmsStorage storage(m_session);
     QList<SmsMessage> known;
     return storage.read(known) && storage.send(recipient, text)
-        && awaitAnswer(recipient, known, number);
+        && awaitAnswer(storage, recipient, known, number);
 }
 
 bool NumberRequest::awaitAnswer(
-    const QString &recipient, const QList<SmsMessage> &known, QString &number)
+    SmsStorage &storage, const QString &recipient, const QList<SmsMessage> &known, QString &number)
 {
     const QDeadlineTimer deadline(m_limit);
-    SmsStorage storage(m_session);
     for (;;) {
         QList<SmsMessage> messages;
         if (!storage.read(messages))
@@ -92,7 +91,8 @@ bool NumberRequest::awaitAnswer(
                 QStringLiteral("The operator did not answer the message to %1 in time.")
                     .arg(recipient));
         const milliseconds left(deadline.remainingTime());
-        if (m_session.listen(std::min(left, kLookAgain)).status == AtReply::Status::PortGone)
+        if (!storage.hasNews()
+            && m_session.listen(std::min(left, kLookAgain)).status == AtReply::Status::PortGone)
             return false;
     }
 }

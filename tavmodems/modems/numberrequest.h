@@ -7,6 +7,7 @@
 #include <chrono>
 
 class AtSession;
+class SmsStorage;
 
 /** Asks the operator for the SIM card's own number. */
 class NumberRequest
@@ -30,7 +31,8 @@ public:
     bool bySms(const QString &service, QString &number);
 
 private:
-    bool awaitAnswer(const QString &recipient, const QList<SmsMessage> &known, QString &number);
+    bool awaitAnswer(SmsStorage &storage, const QString &recipient, const QList<SmsMessage> &known,
+        QString &number);
 
     AtSession &m_session;
     const std::chrono::milliseconds m_limit;

@@ -35,14 +35,19 @@ bool SmsStorage::read(QList<SmsMessage> &messages)
         if (m_stores.isEmpty())
             m_stores << QByteArray(); // whichever it is
     }
+    m_hasNews = false;
     QList<StoredSms> stored;
     for (int store = 0; store < m_stores.size(); ++store) {
         const AtReply reply = choose(store);
         if (reply.isLost())
             return m_session.failLost(reply);
+        // One that cannot be chosen is passed over.
         if (reply.isOk() && !list(store, stored))
             return false;
     }
+    const AtReply restored = choose(0);
+    if (restored.isLost())
+        return m_session.failLost(restored);
     messages = assembleMessages(stored);
     return true;
 }
@@ -64,6 +69,9 @@ bool SmsStorage::remove(const QList<SmsMessage> &messages)
         if (!reply.isOk())
             refusal = reply;
     }
+    const AtReply restored = choose(0);
+    if (restored.isLost())
+        return m_session.failLost(restored);
     return refusal.isOk()
         || m_session.failAnswer(refusal, QStringLiteral("A message could not be deleted"));
 }
@@ -84,8 +92,11 @@ bool SmsStorage::send(const QString &recipient, const QString &text)
 
 bool SmsStorage::choosePduMode()
 {
+    if (m_isPduMode)
+        return true;
     const AtReply reply = m_session.ask("AT+CMGF=0", kSetting);
-    return reply.isOk()
+    m_isPduMode = reply.isOk();
+    return m_isPduMode
         || m_session.failAnswer(reply, QStringLiteral("The modem has no short messages"));
 }
 
@@ -94,6 +105,9 @@ bool SmsStorage::list(int store, QList<StoredSms> &into)
     const AtReply reply = m_session.ask("AT+CMGL=4", kListing); // 27.005 3.4.2: all
     if (!reply.isOk())
         return m_session.failAnswer(reply, QStringLiteral("The messages could not be read"));
+    m_hasNews = m_hasNews
+        || std::any_of(reply.unsolicited.begin(), reply.unsolicited.end(),
+            [](const QByteArray &line) { return line.startsWith("+CMTI:"); });
     const SmsListing listing = parseSmsListing("+CMGL", reply.lines);
     for (const BrokenSms &broken : listing.broken)
         qCWarning(AT_MODEM).noquote() << m_session.path() << "the message" << broken.index
@@ -105,7 +119,6 @@ bool SmsStorage::list(int store, QList<StoredSms> &into)
     return true;
 }
 
-// A store that cannot be chosen is passed over.
 AtReply SmsStorage::choose(int store)
 {
     AtReply reply;

@@ -25,6 +25,8 @@ public:
      * messages' indexes are for remove() of this object alone. False with the session's error.
      */
     bool read(QList<SmsMessage> &messages);
+    /** Whether the modem told of a new message while it was read, which may not be among them. */
+    bool hasNews() const { return m_hasNews; }
 
     /** Deletes all parts of messages that were read, 5 s at most for each. False with the
      * session's error when one could not be deleted; the others are deleted all the same. */
@@ -41,4 +43,6 @@ private:
     AtSession &m_session;
     QList<QByteArray> m_stores; // their names, the one that the modem had chosen first
     int m_chosen = 0;
+    bool m_isPduMode = false;
+    bool m_hasNews = false;
 };

@@ -1010,7 +1010,7 @@ void TestModemQuery::readsBothStores()
         QStringList(QStringLiteral("%1 +79168999100 one two").arg(QLatin1String(NOON_TEXT))));
     QCOMPARE(bench.asked().mid(2),
         QList<QByteArray>({"AT+CMGL=4", "AT+CPMS=\"ME\"", "AT+CMGL=4", "AT+CPMS=\"SM\"",
-            "AT+CMGD=3", "AT+CPMS=\"ME\"", "AT+CMGD=3"}));
+            "AT+CMGD=3", "AT+CPMS=\"ME\"", "AT+CMGD=3", "AT+CPMS=\"SM\""}));
 }
 
 void TestModemQuery::findsTheNumberByUssd_data()
@@ -1041,60 +1041,57 @@ void TestModemQuery::findsTheNumberByUssd()
 
 void TestModemQuery::findsTheNumberByMessage_data()
 {
-    QTest::addColumn<QByteArray>("echoed");
-    QTest::addColumn<QByteArray>("announcement");
+    QTest::addColumn<bool>("byteByByte");
+    QTest::addColumn<QByteArray>("firstList"); // behind the old message of the list
     QTest::addColumn<QByteArray>("sender");
-    QTest::newRow("announced") << QByteArray("no") << QByteArray("\r\n+CMTI: \"SM\",8\r\n")
-                               << QByteArray("0481"
-                                             "0550");
-    QTest::newRow("announced, echo on")
-        << QByteArray("yes") << QByteArray("\r\n+CMTI: \"SM\",8\r\n")
-        << QByteArray("048105"
-                      "50");
-    QTest::newRow("there at once") << QByteArray("no") << QByteArray() << QByteArray("04810550");
-    QTest::newRow("from a name") << QByteArray("no") << QByteArray() << QByteArray(NAMED);
+    const QByteArray service = "04810550"; // 5050
+    const QByteArray done = "\r\n\r\nOK\r\n";
+    const QByteArray news = "\r\n+CMTI: \"SM\",8\r\n"; // 27.005 3.4.1
+    QTest::newRow("there at once") << false << QByteArray() << service;
+    QTest::newRow("told of later") << true << done + news << service;
+    QTest::newRow("told of within the list") << true << news + done << service;
+    QTest::newRow("told of right behind the list") << false << done + news << service;
+    QTest::newRow("from a name") << false << QByteArray() << QByteArray(NAMED);
 }
 
 void TestModemQuery::findsTheNumberByMessage()
 {
-    QFETCH(QByteArray, echoed);
-    QFETCH(QByteArray, announcement);
+    QFETCH(bool, byteByByte);
+    QFETCH(QByteArray, firstList);
     QFETCH(QByteArray, sender);
     Bench bench;
-    bench.modem.echo = echoed == "yes";
+    bench.modem.byteByByte = byteByByte;
     bench.modem.answers["AT+CNMI=2,1"] = ok();
     bench.modem.promptOn = "AT+CMGS";
-    bench.modem.answerToText = ok("+CMGS: 12") + announcement;
-    const QByteArray answer
-        = entry(8, message(QStringLiteral("Your number is 79161234567"), {}, sender));
-    // Others that may come at the same time, and one that was there before.
+    bench.modem.answerToText = ok("+CMGS: 12");
+    // One that was there before, and one of a subscriber that comes at the same time.
     const QByteArray old = entry(1, message(QStringLiteral("Number 79990000001"), {}, sender));
     const QByteArray other = entry(2, message(QStringLiteral("Call me: 79990000002")));
+    const QByteArray answer
+        = entry(8, message(QStringLiteral("Your number is 79161234567"), {}, sender));
     bench.modem.answers["AT+CMGL=4"] = ok(old);
-    bool sent = false;
-    int listed = 0;
+    int lists = 0;
     bench.modem.onCommand = [&](const QByteArray &command) {
-        sent = sent || command.endsWith('\x1a');
-        if (sent && command == "AT+CMGL=4" && (announcement.isEmpty() || ++listed == 2))
-            bench.modem.answers[command] = ok(old + "\r\n" + other + "\r\n" + answer);
+        if (command != "AT+CMGL=4" || ++lists == 1)
+            return;
+        bench.modem.answers[command] = lists == 2 && !firstList.isEmpty()
+            ? "\r\n" + old + firstList
+            : ok(old + "\r\n" + other + "\r\n" + answer);
     };
-    if (!announcement.isEmpty())
-        bench.modem.answerToText = ok("+CMGS: 12");
-    bench.modem.answers["AT+CMGF=0"] = ok();
-    if (!announcement.isEmpty())
-        bench.modem.answers["AT+CMGL=4"] = ok(old) + announcement;
-    QVERIFY(bench.open());
+    bench.modem.start();
+    AtModem patient(nullptr, bench.locks.path());
+    QVERIFY(patient.open(bench.modem.path(), kBaudrate, 1));
     QString number;
-    QVERIFY2(bench.driver.requestSelfNumber(true, QStringLiteral("5050 NUM"), number),
-        qPrintable(bench.driver.lastError()));
+    QVERIFY2(patient.requestSelfNumber(true, QStringLiteral("5050 NUM"), number),
+        qPrintable(patient.lastError()));
     QCOMPARE(number, QStringLiteral("79161234567"));
-    QVERIFY2(bench.clock.elapsed() < 1500, qPrintable(QString::number(bench.clock.elapsed())));
-    const QList<QByteArray> asked = bench.asked();
-    // 3GPP TS 23.040 9.2.2.2: SMS-SUBMIT to 5050, "NUM" in three septets.
-    const int at = asked.indexOf("AT+CMGS=12");
-    QVERIFY(at > 0);
-    QCOMPARE(asked.at(at + 1), QByteArray("00010004810505000003CE6A13\x1a"));
-    QVERIFY(!asked.contains("AT+CMGD=8"));
+    QVERIFY2(bench.clock.elapsed() < kAtOnce, qPrintable(QString::number(bench.clock.elapsed())));
+    // 3GPP TS 23.040 9.2.2.2: SMS-SUBMIT to 5050, "NUM" in three septets. The answer stays there.
+    QList<QByteArray> asked{"AT+CNMI=2,1", "AT+CMGF=0", "AT+CPMS?", "AT+CMGL=4", "AT+CMGS=12",
+        "00010004810505000003CE6A13\x1a", "AT+CMGL=4"};
+    if (!firstList.isEmpty())
+        asked << "AT+CMGL=4";
+    QCOMPARE(bench.asked(), asked);
 }
 
 void TestModemQuery::givesUpOnTheNumber_data()
