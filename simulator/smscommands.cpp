@@ -38,48 +38,62 @@ std::optional<CommandReply> SmsCommands::execute(const ParsedCommand &command)
         "+CNMI", "+CSCA", "+CSMS", "+CSDH", "+CNMA"};
     if (!known.contains(command.name))
         return {};
-    ModemState *modem = m_session->modem;
-    if (command.kind == Kind::Test) {
-        const QByteArray names
-            = "(\"" + modem->profile.smsStores.join(QLatin1String("\",\"")).toLatin1() + "\")";
-        static const QMap<QByteArray, QByteArray> ranges{{"+CMGF", "(0,1)"}, {"+CSMS", "(0,1)"},
-            {"+CNMI", "(0-2),(0-2),(0),(0,1),(0)"}, {"+CSDH", "(0,1)"}};
-        if (command.name == "+CPMS")
-            return CommandReply::ok({"+CPMS: " + names + ',' + names + ',' + names});
-        if (command.name == "+CMGL")
-            return CommandReply::ok(
-                {m_textMode ? "+CMGL: (\"REC UNREAD\",\"REC READ\",\"STO UNSENT\","
-                              "\"STO SENT\",\"ALL\")"
-                            : "+CMGL: (0-4)"});
-        return ranges.contains(command.name)
-            ? CommandReply::ok({command.name + ": " + ranges.value(command.name)})
-            : CommandReply::ok();
+    switch (command.kind) {
+    case Kind::Test:
+        return test(command.name);
+    case Kind::Read:
+        return setting(command.name);
+    case Kind::Set:
+        return set(command);
+    case Kind::Run:
+        break;
     }
-    if (command.is(Kind::Read, "+CMGF"))
-        return CommandReply::ok({m_textMode ? "+CMGF: 1" : "+CMGF: 0"});
-    if (command.is(Kind::Read, "+CSDH"))
-        return CommandReply::ok({m_details ? "+CSDH: 1" : "+CSDH: 0"});
-    if (command.is(Kind::Read, "+CSMS"))
-        return CommandReply::ok({"+CSMS: " + QByteArray::number(m_service) + ",1,1,1"});
-    if (command.is(Kind::Read, "+CNMI"))
-        return CommandReply::ok({"+CNMI: " + modem->newSmsSetting});
-    if (command.is(Kind::Read, "+CSCA")) {
-        if (!modem->simReady())
-            return m_session->messageError(kSimNotInserted);
-        const QByteArray number = m_session->toCharset(modem->smsCentre);
-        const bool isInternational = modem->smsCentre.startsWith(QLatin1Char('+'));
-        return CommandReply::ok({"+CSCA: " + quoted(number) + (isInternational ? ",145" : ",129")});
-    }
-    if (command.is(Kind::Read, "+CPMS"))
-        return stores();
-    if (command.is(Kind::Run, "+CMGL"))
+    if (command.name == "+CMGL")
         return list(m_textMode ? "REC UNREAD" : "0");
-    if (command.is(Kind::Run, "+CNMA"))
-        return CommandReply::ok();
-    return command.kind == Kind::Set ? set(command) : CommandReply::error();
+    return command.name == "+CNMA" ? CommandReply::ok() : CommandReply::error();
 }
 
-std::optional<CommandReply> SmsCommands::set(const ParsedCommand &command)
+CommandReply SmsCommands::test(const QByteArray &name) const
+{
+    static const QMap<QByteArray, QByteArray> ranges{{"+CMGF", "(0,1)"}, {"+CSMS", "(0,1)"},
+        {"+CNMI", "(0-2),(0-2),(0),(0,1),(0)"}, {"+CSDH", "(0,1)"}};
+    if (ranges.contains(name))
+        return CommandReply::ok({name + ": " + ranges.value(name)});
+    if (name == "+CPMS") {
+        const QByteArray stores = "(\""
+            + m_session->modem->profile.smsStores.join(QLatin1String("\",\"")).toLatin1() + "\")";
+        return CommandReply::ok({"+CPMS: " + stores + ',' + stores + ',' + stores});
+    }
+    if (name == "+CMGL")
+        return CommandReply::ok({m_textMode ? "+CMGL: (\"REC UNREAD\",\"REC READ\",\"STO UNSENT\","
+                                              "\"STO SENT\",\"ALL\")"
+                                            : "+CMGL: (0-4)"});
+    return CommandReply::ok();
+}
+
+CommandReply SmsCommands::setting(const QByteArray &name) const
+{
+    const ModemState &modem = *m_session->modem;
+    if (name == "+CMGF")
+        return CommandReply::ok({m_textMode ? "+CMGF: 1" : "+CMGF: 0"});
+    if (name == "+CSDH")
+        return CommandReply::ok({m_details ? "+CSDH: 1" : "+CSDH: 0"});
+    if (name == "+CSMS")
+        return CommandReply::ok({"+CSMS: " + QByteArray::number(m_service) + ",1,1,1"});
+    if (name == "+CNMI")
+        return CommandReply::ok({"+CNMI: " + modem.newSmsSetting});
+    if (name == "+CPMS")
+        return stores();
+    if (name != "+CSCA")
+        return CommandReply::error();
+    if (!modem.simReady())
+        return m_session->messageError(kSimNotInserted);
+    const bool isInternational = modem.smsCentre.startsWith(QLatin1Char('+'));
+    return CommandReply::ok({"+CSCA: " + quoted(m_session->toCharset(modem.smsCentre))
+        + (isInternational ? ",145" : ",129")});
+}
+
+CommandReply SmsCommands::set(const ParsedCommand &command)
 {
     ModemState *modem = m_session->modem;
     if (command.name == "+CMGF")

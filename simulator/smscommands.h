@@ -27,7 +27,9 @@ public:
     CommandReply send(const QByteArray &text);
 
 private:
-    std::optional<CommandReply> set(const ParsedCommand &command);
+    CommandReply test(const QByteArray &name) const;
+    CommandReply setting(const QByteArray &name) const;
+    CommandReply set(const ParsedCommand &command);
     CommandReply setFormat(int format);
     CommandReply stores() const;
     CommandReply chooseStores(const ParsedCommand &command);
