@@ -16,6 +16,12 @@ namespace {
 // More would only lengthen the silence of a silent port; a modem hears the first.
 constexpr int kAttempts = 1;
 
+// A modem that does not answer one question is not asked the next: it may have hung.
+bool isThere(const AtModem &modem)
+{
+    return modem.isOpen() && modem.error() != AtModem::Error::NoAnswer;
+}
+
 // That of the card's own operator, wherever the modem is registered: the access point is its.
 OperatorData operatorOf(AtModem &modem)
 {
@@ -24,7 +30,7 @@ OperatorData operatorOf(AtModem &modem)
     OperatorData data;
     const ModemSettings settings;
     const bool isKnown = modem.getHomeNetwork(mcc, mnc) && settings.getOperatorData(mcc, mnc, data);
-    if (!isKnown && modem.isOpen() && modem.getMnc(mcc, mnc))
+    if (!isKnown && isThere(modem) && modem.getMnc(mcc, mnc))
         settings.getOperatorData(mcc, mnc, data);
     return data;
 }
@@ -36,7 +42,7 @@ AnsweringPort ask(AtModem &modem)
     answering.model = modem.model();
     answering.dialect = modem.gsmDialect();
     modem.getImei(answering.imei);
-    if (modem.isOpen())
+    if (isThere(modem))
         answering.operatorData = operatorOf(modem);
     return answering;
 }
@@ -112,8 +118,16 @@ void ModemsFinder::start()
     }
     qCInfo(AT_MODEM).noquote() << "Search for modems on" << names.join(QStringLiteral(", "));
     m_pending = m_probes.size();
-    for (const auto &probe : m_probes)
+    for (const auto &probe : m_probes) {
         probe->thread->start();
+        if (!probe->thread->isRunning() && !probe->thread->isFinished()) {
+            probe->failure = {probe->port.name, AtError::Port,
+                QStringLiteral("The port %1 was not searched: the system has no thread to spare.")
+                    .arg(probe->port.name)};
+            qCWarning(AT_MODEM).noquote() << probe->failure.text;
+            QMetaObject::invokeMethod(this, &ModemsFinder::probeEnded, Qt::QueuedConnection);
+        }
+    }
     if (m_probes.empty())
         QMetaObject::invokeMethod(this, &ModemsFinder::finish, Qt::QueuedConnection);
 }

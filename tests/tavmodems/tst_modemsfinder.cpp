@@ -12,12 +12,14 @@
 #include <QTest>
 #include <QTimer>
 
+#include <algorithm>
 #include <memory>
 #include <vector>
 
 #include <csignal>
 #include <fcntl.h>
 #include <sys/ioctl.h>
+#include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -44,6 +46,9 @@ private slots:
     void saysWhyThereAreNone_data();
     void saysWhyThereAreNone();
     void endsWhenModemsVanish();
+    void findsAModemThatHangs_data();
+    void findsAModemThatHangs();
+    void endsWithoutThreadsToSpare();
     void leavesNothingOpen();
     void ignoresAStartWhileRunning();
     void searchesAgainFromItsOwnSignals();
@@ -503,6 +508,57 @@ void TestModemsFinder::endsWhenModemsVanish()
         QCOMPARE(bench.lockFiles(), QStringList());
     }
     QCOMPARE(entries("/proc/self/fd"), descriptors);
+}
+
+void TestModemsFinder::findsAModemThatHangs_data()
+{
+    QTest::addColumn<QByteArray>("command");
+    for (const char *command : {"AT+CGMM", "AT+CGSN", "AT+CIMI"})
+        QTest::newRow(command) << QByteArray(command);
+}
+
+// It is there, and is not asked question after question.
+void TestModemsFinder::findsAModemThatHangs()
+{
+    QFETCH(QByteArray, command);
+    Bench bench;
+    ScriptedModem &modem = bench.add();
+    modem.onCommand = [&](const QByteArray &heard) { modem.silent |= heard == command; };
+    modem.answers[command].clear();
+    QVERIFY(bench.search());
+    QVERIFY2(bench.clock.elapsed() < 8000, qPrintable(QString::number(bench.clock.elapsed())));
+    QCOMPARE(bench.records().size(), 1);
+    QCOMPARE(bench.records().first().portName(), modem.path());
+}
+
+// What is left of the address space is too little for the stacks of so many.
+void TestModemsFinder::endsWithoutThreadsToSpare()
+{
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+    QSKIP("sanitizers take address space of their own");
+#endif
+    Bench bench;
+    for (int i = 0; i < 16; ++i)
+        bench.add().silent = true;
+    for (const auto &modem : bench.modems)
+        modem->start();
+    QFile status(QStringLiteral("/proc/self/statm"));
+    QVERIFY(status.open(QFile::ReadOnly));
+    const auto pages = status.readAll().split(' ').first().toULong();
+    rlimit before = {};
+    QCOMPARE(::getrlimit(RLIMIT_AS, &before), 0);
+    const auto pageSize = static_cast<rlim_t>(::sysconf(_SC_PAGESIZE));
+    const rlimit tight = {pages * pageSize + 4 * 1024 * 1024, before.rlim_max};
+    QCOMPARE(::setrlimit(RLIMIT_AS, &tight), 0);
+    bench.finder->start();
+    QCOMPARE(::setrlimit(RLIMIT_AS, &before), 0);
+    QVERIFY(bench.finished.wait(kLongest));
+    QCOMPARE(bench.none.size(), 1);
+    const auto failures = bench.finder->failures();
+    QCOMPARE(failures.size(), 16);
+    QVERIFY(std::any_of(failures.begin(), failures.end(), [](const PortFailure &failure) {
+        return failure.text.endsWith(QStringLiteral("the system has no thread to spare."));
+    }));
 }
 
 void TestModemsFinder::leavesNothingOpen()
