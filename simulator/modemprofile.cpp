@@ -85,9 +85,15 @@ void readUssd(JsonReader reader, ModemProfile *profile)
     reader.finish();
 }
 
+// A list of one text or more; the fallback when the key is not there.
 QStringList textsOr(JsonReader &reader, const QString &key, const QStringList &fallback)
 {
-    return reader.has(key) ? reader.texts(key) : fallback;
+    if (!reader.has(key))
+        return fallback;
+    const QStringList texts = reader.texts(key);
+    if (texts.isEmpty())
+        reader.fail(key, QStringLiteral("must not be empty"));
+    return texts.isEmpty() ? fallback : texts;
 }
 
 } // namespace

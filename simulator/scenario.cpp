@@ -109,6 +109,11 @@ ScenarioModem readModem(JsonReader &reader)
         reader.fail(QStringLiteral("profile"), profileError);
     modem.imei = reader.text(QStringLiteral("imei"));
     modem.sim = readSim(reader.object(QStringLiteral("sim")));
+    for (const ScenarioSms &sms : qAsConst(modem.sim.sms)) {
+        if (!sms.store.isEmpty() && !profile.smsStores.contains(sms.store))
+            reader.fail(QStringLiteral("sim.sms"),
+                QStringLiteral("the profile has no memory \"%1\"").arg(sms.store));
+    }
     modem.network = readNetwork(reader.object(QStringLiteral("network")));
     modem.latencyMs = reader.number(QStringLiteral("latencyMs"), modem.latencyMs, 0, 600000);
     modem.latency = reader.numberMap(QStringLiteral("latency"), 0, 600000);

@@ -7,6 +7,8 @@
 
 namespace {
 
+constexpr int kUntilReset = 200; // ms from the answer until the device leaves the bus
+
 QList<int> portNumbers(int first, int count)
 {
     QList<int> numbers;
@@ -243,8 +245,14 @@ void SimulatedModem::startCall(const Port &port)
 void SimulatedModem::reset()
 {
     if (m_state.profile.resetReplugs) {
-        unplug();
-        QTimer::singleShot(m_state.profile.bootMs, this, &SimulatedModem::plug);
+        // Not before the program has had the time to read the answer: the hang-up would take it
+        // away.
+        QTimer::singleShot(kUntilReset, this, [this] {
+            if (!m_ports.first().line->isPlugged())
+                return; // pulled out meanwhile
+            unplug();
+            QTimer::singleShot(m_state.profile.bootMs, this, &SimulatedModem::plug);
+        });
         return;
     }
     m_state.powerUp();

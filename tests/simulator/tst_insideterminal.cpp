@@ -132,8 +132,6 @@ private slots:
     void whoListensHearsOfUnplugAndPlug_data();
     void whoListensHearsOfUnplugAndPlug();
     void udevKnowsThePort();
-    void clientThatNobodyHereWrote_data();
-    void clientThatNobodyHereWrote();
     void modemIsPulledOnACommand();
     void resetTakesTheModemOffTheBus();
     void modemOnlyLeavesFewerPorts();
@@ -478,34 +476,8 @@ void TestInsideTerminal::udevKnowsThePort()
     void *const samePort = byNumber(context.get(), 'c', makedev(188, 9));
     QVERIFY(samePort != nullptr);
     QCOMPARE(propertyOf(samePort, "DEVNAME"), "/dev/ttyUSB9");
+    QCOMPARE(propertyOf(samePort, "ID_MM_PORT_TYPE_AT_PRIMARY"), "1");
     dropDevice(samePort);
-}
-
-void TestInsideTerminal::clientThatNobodyHereWrote_data()
-{
-    QTest::addColumn<QByteArray>("port");
-    QTest::addColumn<QByteArray>("imsi");
-    QTest::newRow("huawei") << QByteArray("ttyUSB2") << QByteArray("250011234567890");
-    QTest::newRow("zte") << QByteArray("ttyUSB5") << QByteArray("250021234567890");
-    QTest::newRow("simcom") << QByteArray("ttyUSB6") << QByteArray("250029876543210");
-    QTest::newRow("quectel") << QByteArray("ttyUSB9") << QByteArray("250991234567890");
-    QTest::newRow("generic") << QByteArray("ttyUSB11") << QByteArray("250011111111111");
-}
-
-void TestInsideTerminal::clientThatNobodyHereWrote()
-{
-    QFETCH(QByteArray, port);
-    QFETCH(QByteArray, imsi);
-    QFile settings(QDir::homePath() + QStringLiteral("/.gammurc"));
-    QVERIFY(settings.open(QIODevice::WriteOnly));
-    settings.write("[gammu]\ndevice=/dev/" + port + "\nconnection=at115200\n");
-    settings.close();
-    QProcess gammu;
-    gammu.start(QStringLiteral("gammu"), {QStringLiteral("--identify")});
-    QVERIFY(gammu.waitForFinished());
-    const QByteArray said = gammu.readAllStandardOutput();
-    QVERIFY2(gammu.exitCode() == 0, said.constData());
-    QVERIFY2(said.contains(imsi), said.constData());
 }
 
 void TestInsideTerminal::modemIsPulledOnACommand()

@@ -110,6 +110,8 @@ QByteArray TestOtherClients::write(const QString &name, const QByteArray &conten
         : QByteArray();
 }
 
+// On the ports for data: gammu waits for ever for an answer while a modem goes on saying other
+// things.
 void TestOtherClients::gammuAsksAModem_data()
 {
     QTest::addColumn<QByteArray>("port");
@@ -149,6 +151,12 @@ void TestOtherClients::gammuAsksAModem_data()
                                 "2A10B05",
                                 "Service reply        : \"Balans: 5.07 rub.\"",
                                 "Remote number        : \"900\""});
+    QTest::newRow("generic") << QByteArray("ttyUSB11")
+                             << texts({"SIM IMSI             : 250011111111111",
+                                    "Network              : 250 01 (MTS, Russian Federation), LAC "
+                                    "1f40, CID 00a1b2c3",
+                                    "Service reply        : \"Balance:0.99r\"",
+                                    "Remote number        : \"InfoMTS\"", "Hello"});
 }
 
 void TestOtherClients::gammuAsksAModem()
@@ -188,7 +196,8 @@ void TestOtherClients::wvdialFindsAndInitialisesModems()
         ports.append(it.next().captured(1));
     ports.sort();
     QCOMPARE(ports,
-        texts({"ttyUSB0", "ttyUSB10", "ttyUSB2", "ttyUSB5", "ttyUSB6", "ttyUSB7", "ttyUSB9"}));
+        texts({"ttyUSB0", "ttyUSB10", "ttyUSB11", "ttyUSB2", "ttyUSB5", "ttyUSB6", "ttyUSB7",
+            "ttyUSB9"}));
 
     QFile file(path);
     QVERIFY(file.open(QIODevice::ReadWrite));

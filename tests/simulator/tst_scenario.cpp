@@ -17,6 +17,7 @@ private slots:
     void badScenarioIsRefusedWithItsPlace();
     void badProfileIsRefusedWithItsPlace_data();
     void badProfileIsRefusedWithItsPlace();
+    void everyProfileIsInTheScenarioOfAll();
     void emptyScenarioIsATerminalWithoutModems();
     void unknownNameListsWhatThereIs();
 };
@@ -103,6 +104,9 @@ void TestScenario::badScenarioIsRefusedWithItsPlace_data()
     QTest::newRow("order not numbers")
         << modem(R"("sim": {"sms": [{"sender": "1", "order": ["1"]}]})")
         << "modems[0].sim.sms[0].order: must be a list of whole numbers from 1 to 255";
+    QTest::newRow("memory that the modem does not have")
+        << modem(R"("sim": {"sms": [{"sender": "1", "store": "XX"}]})")
+        << "modems[0].sim.sms: the profile has no memory \"XX\"";
     QTest::newRow("unknown service")
         << QByteArray(R"({"services": {"printer": {}}})") << "services.printer: is not known";
     QTest::newRow("page") << QByteArray(R"({"pages": {"maker": "sometimes"}})")
@@ -150,6 +154,17 @@ void TestScenario::badProfileIsRefusedWithItsPlace_data()
     QTest::newRow("unknown key of an answer")
         << profile(R"("ports": ["data"], "answers": {"AT+CSQ": {"line": []}})")
         << "answers.AT+CSQ.line: is not known";
+    QTest::newRow("no character set")
+        << profile(R"("ports": ["data"], "charsets": [])") << "charsets: must not be empty";
+    QTest::newRow("form of USSD")
+        << profile(R"("ports": ["data"], "ussd": {"answer": "hex"})")
+        << "ussd.answer: \"hex\" is none of \"charset\", \"packed\", \"ucs2\"";
+    QTest::newRow("composition without a data port")
+        << profile(R"("ports": ["data"], "compositions": [{"ports": {"0": ["control"]}}])")
+        << "compositions[0].ports.0: must have one \"data\" port";
+    QTest::newRow("unknown key of a composition")
+        << profile(R"("ports": ["data"], "compositions": [{"values": {}}])")
+        << "compositions[0].values: is not known";
 }
 
 void TestScenario::badProfileIsRefusedWithItsPlace()
@@ -160,6 +175,32 @@ void TestScenario::badProfileIsRefusedWithItsPlace()
     QString told;
     QVERIFY(!ModemProfile::parse(json, &profile, &told));
     QCOMPARE(told, error);
+}
+
+// What a query must show can be told from what another modem has.
+void TestScenario::everyProfileIsInTheScenarioOfAll()
+{
+    Scenario scenario;
+    QString error;
+    QVERIFY2(Scenario::load(QStringLiteral("all-profiles"), &scenario, &error), qPrintable(error));
+    QStringList profiles;
+    QSet<QString> cells;
+    QSet<QString> numbers;
+    QSet<QString> balances;
+    QSet<int> signalLevels;
+    for (const ScenarioModem &modem : qAsConst(scenario.modems)) {
+        profiles.append(modem.profile);
+        cells.insert(modem.network.cid);
+        numbers.insert(modem.sim.number);
+        balances.insert(modem.sim.balance);
+        signalLevels.insert(modem.network.rssi);
+    }
+    profiles.sort();
+    QCOMPARE(profiles, ModemProfile::names());
+    QCOMPARE(cells.size(), profiles.size());
+    QCOMPARE(numbers.size(), profiles.size());
+    QCOMPARE(balances.size(), profiles.size());
+    QCOMPARE(signalLevels.size(), profiles.size());
 }
 
 void TestScenario::emptyScenarioIsATerminalWithoutModems()
