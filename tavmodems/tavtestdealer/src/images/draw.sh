@@ -1,5 +1,6 @@
 #!/bin/sh
-# Draws the images anew, several times as large as they are shown so that their edges come out smooth.
+# Draws the images anew, smoothly from large drawings; those of the tool buttons in the size in which they
+# are shown, since every start of the tool decodes them.
 # For a screen in poor light: bold signs with a white rim on strong colours, which differ in shape and
 # not in colour alone. Needs ImageMagick's convert.
 set -eu
@@ -30,7 +31,7 @@ sign() { # FILE DRAWING FILL EDGE
     convert -size 512x512 xc:none \
         -fill white -stroke white -strokewidth 84 -draw "$round $2" \
         -fill "$3" -stroke "$4" -strokewidth 28 -draw "$round $2" \
-        $(finish 96x96 "$1")
+        $(finish 48x48 "$1")
 }
 sign up.png 'polygon 256,60 452,268 332,268 332,452 180,452 180,268 60,268' '#1b5faa' '#0b2c52'
 sign down.png 'polygon 256,452 452,244 332,244 332,60 180,60 180,244 60,244' '#1b5faa' '#0b2c52'
@@ -44,4 +45,4 @@ convert -size 512x512 xc:none \
     -fill white -strokewidth 92 -draw 'circle 212,212 212,72' \
     -stroke '#0b2c52' -strokewidth 96 -draw "$round line 340,340 436,436" \
     -fill '#dcecff' -strokewidth 56 -draw 'circle 212,212 212,72' \
-    $(finish 96x96 search.png)
+    $(finish 48x48 search.png)
