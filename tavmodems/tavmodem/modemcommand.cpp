@@ -90,11 +90,16 @@ QString table(const QList<QStringList> &rows)
     return text;
 }
 
-// ISO 8601 with the offset; empty when the message does not tell its time.
+// ISO 8601 with the offset, which Qt writes as a "Z" where there is none; empty when the message
+// does not tell its time.
 QString isoText(const QDateTime &time)
 {
-    return time.isValid() ? time.toOffsetFromUtc(time.offsetFromUtc()).toString(Qt::ISODate)
-                          : QString();
+    if (!time.isValid())
+        return {};
+    QString text = time.toOffsetFromUtc(time.offsetFromUtc()).toString(Qt::ISODate);
+    if (text.endsWith(QLatin1Char('Z')))
+        text.replace(text.size() - 1, 1, QStringLiteral("+00:00"));
+    return text;
 }
 
 // Of a list of maps: "cid A1B2C3, lac 1F40; cid ...".

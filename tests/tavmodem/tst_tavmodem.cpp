@@ -32,6 +32,8 @@ private slots:
     void listsOnePort();
     void choosesTheOnlyModem();
     void leavesMessagesUnlessTold();
+    void timesHaveTheirOffset_data();
+    void timesHaveTheirOffset();
     void tellsAnAmountOnlyWhereThereIsOne();
     void takesTheNumberFromTheOperator();
     void sendsModemOnly();
@@ -325,6 +327,28 @@ void TestTavmodem::leavesMessagesUnlessTold()
     QCOMPARE(taken.out, left.out);
     QVERIFY(modem.commands().contains("AT+CMGD=3"));
     QCOMPARE(QJsonDocument::fromJson(taken.out).array().size(), 1);
+}
+
+void TestTavmodem::timesHaveTheirOffset_data()
+{
+    QTest::addColumn<QByteArray>("zone"); // 3GPP TS 23.040 9.2.3.11
+    QTest::addColumn<QByteArray>("expected");
+    QTest::newRow("east") << QByteArray("80") << QByteArray("\"1999-03-29T15:16:59+02:00\"");
+    QTest::newRow("west") << QByteArray("0A") << QByteArray("\"1999-03-29T15:16:59-05:00\"");
+    QTest::newRow("Greenwich") << QByteArray("00") << QByteArray("\"1999-03-29T15:16:59+00:00\"");
+    QTest::newRow("not told") << QByteArray("FF") << QByteArray("null");
+}
+
+void TestTavmodem::timesHaveTheirOffset()
+{
+    QFETCH(QByteArray, zone);
+    QFETCH(QByteArray, expected);
+    FullModem modem;
+    modem.answers["AT+CMGL=4"].replace("99309251619580", "993092516195" + zone);
+    modem.start();
+    const Ended ended = runOn(modem.path(), words("--json sms"));
+    QCOMPARE(ended.status, 0);
+    QVERIFY2(ended.out.contains("\"time\":" + expected), ended.out.constData());
 }
 
 void TestTavmodem::tellsAnAmountOnlyWhereThereIsOne()
