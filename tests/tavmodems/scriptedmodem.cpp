@@ -134,9 +134,11 @@ void ScriptedModem::hear(char c)
     }
     if (m_hearsText) {
         m_hearsText = false;
-        note(m_line + c);
+        const QByteArray text = m_line + c;
         m_line.clear();
-        say(c == '\x1a' ? answerToText : ok());
+        note(text);
+        if (!hasGoneAt(text))
+            say(c == '\x1a' ? answerToText : ok());
         return;
     }
     const QByteArray heard = m_line;
@@ -149,10 +151,8 @@ void ScriptedModem::hear(char c)
 void ScriptedModem::answer(const QByteArray &command)
 {
     note(command);
-    if (commands().size() == hangUpAt || (!hangUpOn.isEmpty() && command.startsWith(hangUpOn))) {
-        ::close(m_master.exchange(-1));
+    if (hasGoneAt(command))
         return;
-    }
     if (command == "ATQ0V1E0" && answers.value(command) == ok())
         echo = false;
     if (!promptOn.isEmpty() && command.startsWith(promptOn)) {
@@ -161,6 +161,16 @@ void ScriptedModem::answer(const QByteArray &command)
         return;
     }
     say(answerToAll.isEmpty() ? answers.value(command, "\r\nERROR\r\n") : answerToAll);
+}
+
+// Vanishes when it is the time for it, which is behind note().
+bool ScriptedModem::hasGoneAt(const QByteArray &heard)
+{
+    const bool isTime
+        = commands().size() == hangUpAt || (!hangUpOn.isEmpty() && heard.startsWith(hangUpOn));
+    if (isTime)
+        ::close(m_master.exchange(-1));
+    return isTime;
 }
 
 void ScriptedModem::note(const QByteArray &heard)

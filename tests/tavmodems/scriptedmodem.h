@@ -30,8 +30,8 @@ public:
     QByteArray answerToAll; ///< instead of the table
     QByteArray promptOn; ///< the command that asks for a text with "> ", up to Ctrl-Z or Escape
     QByteArray answerToText;
-    QByteArray hangUpOn; ///< the command at which the port vanishes
-    int hangUpAt = 0; ///< the same by the number of the command, counted from 1
+    QByteArray hangUpOn; ///< the command, or text, at which the port vanishes
+    int hangUpAt = 0; ///< the same by its number among commands(), counted from 1
     QMap<QByteArray, QByteArray> answers; ///< unknown commands get ERROR, "" no answer
     std::function<void(const QByteArray &)> onCommand; ///< in the modem's thread
 
@@ -47,6 +47,7 @@ private:
     void run();
     void hear(char c);
     void answer(const QByteArray &command);
+    bool hasGoneAt(const QByteArray &heard);
     void note(const QByteArray &heard);
     void say(const QByteArray &bytes);
 

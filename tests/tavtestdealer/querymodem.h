@@ -45,6 +45,25 @@ private:
     const TerminalConf m_conf;
 };
 
+/// Teaches a modem that answers a query the network 999-2, which tells the number by a message.
+inline void answerByMessage(ScriptedModem &modem)
+{
+    const auto ok = [](const QByteArray &text = {}) { return ScriptedModem::ok(text); };
+    modem.answers["AT+COPS?"] = ok("+COPS: 0,2,\"99902\"");
+    modem.answers["AT+CNMI=2,1"] = ok();
+    modem.answers["AT+CMGD=2"] = ok();
+    modem.promptOn = "AT+CMGS=";
+    modem.answerToText = ok("+CMGS: 12");
+    modem.onCommand = [&modem](const QByteArray &heard) {
+        // From 111 on 2026-03-02 at 08:30:21 +03:00: the number in UCS2, 3GPP TS 23.040 9.2.2.1.
+        if (heard.endsWith('\x1a'))
+            modem.answers["AT+CMGL=4"].replace("\r\n\r\nOK",
+                "\r\n+CMGL: 2,0,,39\r\n"
+                "0004038111F1000862302080031221"
+                "18002B00370039003100360031003200330034003500360037\r\n\r\nOK");
+    };
+}
+
 /// Teaches a modem of no known maker to answer all of a query: in the network 999-1, with a balance
 /// of 150.5, a card that does not know its number, -71 dBm and one message.
 inline void answerQuery(ScriptedModem &modem)

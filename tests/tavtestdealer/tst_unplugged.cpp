@@ -16,6 +16,8 @@
 #include <QPushButton>
 #include <QTextBrowser>
 
+#include <algorithm>
+#include <functional>
 #include <memory>
 
 namespace {
@@ -60,6 +62,7 @@ private slots:
         m_bus = std::make_unique<PrivateBus>();
         // Whatever is made once in a process is there before files are counted.
         m_queryCommands = query(0).commands;
+        m_byMessageCommands = query(0, answerByMessage).commands;
         m_searchCommands = search(0).commands;
     }
     void cleanupTestCase()
@@ -74,6 +77,10 @@ private slots:
         QVERIFY(m_queryCommands.contains("AT+CMGL=4"));
         QVERIFY2(
             m_searchCommands.size() >= 4, qPrintable(QString::number(m_searchCommands.size())));
+        QVERIFY(m_byMessageCommands.contains("AT+CNMI=2,1"));
+        QVERIFY(std::any_of(m_byMessageCommands.begin(), m_byMessageCommands.end(),
+            [](const QByteArray &heard) { return heard.endsWith('\x1a'); })); // the text
+        QVERIFY(m_byMessageCommands.contains("AT+CMGD=2")); // the operator's answer
         QCOMPARE(m_searchCommands.first(), QByteArray("AT"));
     }
 
@@ -81,15 +88,18 @@ private slots:
     void inAQuery()
     {
         QFETCH(int, number);
-        const int files = openFiles();
-        const Run run = query(number);
-        QCOMPARE(run.commands.size(), number); // nothing was asked any more
-        QVERIFY(run.endedIdle);
-        QCOMPARE(
-            run.serviceCommands, QStringList({QStringLiteral("stop"), QStringLiteral("restart")}));
-        QVERIFY2(run.log.contains(QLatin1String(gone)), qPrintable(run.log));
-        QCOMPARE(run.shown.first(), gsm1);
-        QCOMPARE(openFiles(), files);
+        endsWell([number] { return query(number); }, number);
+    }
+
+    void inAQueryThatAsksForTheNumberByAMessage_data()
+    {
+        // Up to there it is the same.
+        commandRows(m_byMessageCommands, m_byMessageCommands.indexOf("AT+CNMI=2,1"));
+    }
+    void inAQueryThatAsksForTheNumberByAMessage()
+    {
+        QFETCH(int, number);
+        endsWell([number] { return query(number, answerByMessage); }, number);
     }
 
     void inASearch_data() { commandRows(m_searchCommands); }
@@ -118,20 +128,35 @@ private:
         bool endedIdle = false;
     };
 
-    static void commandRows(const QList<QByteArray> &commands)
+    static void endsWell(const std::function<Run()> &query, int number)
+    {
+        const int files = openFiles();
+        const Run run = query();
+        QCOMPARE(run.commands.size(), number); // nothing was asked any more
+        QVERIFY(run.endedIdle);
+        QCOMPARE(
+            run.serviceCommands, QStringList({QStringLiteral("stop"), QStringLiteral("restart")}));
+        QVERIFY2(run.log.contains(QLatin1String(gone)), qPrintable(run.log));
+        QCOMPARE(run.shown.first(), gsm1);
+        QCOMPARE(openFiles(), files);
+    }
+
+    static void commandRows(const QList<QByteArray> &commands, int first = 0)
     {
         QTest::addColumn<int>("number");
-        for (int i = 0; i < commands.size(); ++i)
+        for (int i = first; i < commands.size(); ++i)
             QTest::addRow("%d: %s", i + 1, commands.at(i).constData()) << i + 1;
     }
 
     // Asks a modem that goes at its command of that number; at none when it is 0.
-    static Run query(int unpluggedAt)
+    static Run query(int unpluggedAt, const std::function<void(ScriptedModem &)> &teach = {})
     {
         Run run;
         FakeModemService service;
         ScriptedModem modem;
         answerQuery(modem);
+        if (teach)
+            teach(modem);
         modem.hangUpAt = unpluggedAt;
         modem.start();
         ModemInfo info;
@@ -181,6 +206,7 @@ private:
     const TestOperators m_operators;
     std::unique_ptr<PrivateBus> m_bus;
     QList<QByteArray> m_queryCommands;
+    QList<QByteArray> m_byMessageCommands;
     QList<QByteArray> m_searchCommands;
 };
 
