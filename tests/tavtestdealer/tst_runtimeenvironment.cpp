@@ -45,6 +45,8 @@ private slots:
         qputenv("XDG_RUNTIME_DIR", QFile::encodeName(m_runtime));
     }
 
+    void cleanup() { qputenv("TMPDIR", m_temporary); } // prepare() has left the box's in there
+
     void sharedDirectoryIsTakenWhenOthersCannotWriteToIt()
     {
         setMode(m_shared, 02770);
@@ -104,16 +106,26 @@ private slots:
         QVERIFY(QFile::remove(taken));
     }
 
-    void prepareSetsBothVariables()
+    void prepareSetsTheVariables()
     {
         qunsetenv("LD_BIND_NOW");
+        qunsetenv("QT_XCB_GL_INTEGRATION");
         RuntimeEnvironment::prepare();
+        QCOMPARE(qgetenv("QT_XCB_GL_INTEGRATION"), QByteArray("none"));
         QCOMPARE(qgetenv("LD_BIND_NOW"), QByteArray("1"));
         QCOMPARE(QDir::tempPath(), RuntimeEnvironment::privateTempDir());
         QVERIFY(modeOf(QDir::tempPath()) != 0 && (modeOf(QDir::tempPath()) & S_IWOTH) == 0);
     }
 
+    void anIntegrationOfOpenGlThatSomebodyChoseIsKept()
+    {
+        qputenv("QT_XCB_GL_INTEGRATION", "xcb_egl");
+        RuntimeEnvironment::prepare();
+        QCOMPARE(qgetenv("QT_XCB_GL_INTEGRATION"), QByteArray("xcb_egl"));
+    }
+
 private:
+    const QByteArray m_temporary = qgetenv("TMPDIR");
     std::unique_ptr<QTemporaryDir> m_box;
     QString m_runtime;
     QString m_shared;

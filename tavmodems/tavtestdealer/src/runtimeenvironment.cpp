@@ -8,6 +8,9 @@
 void RuntimeEnvironment::prepare()
 {
     qputenv("LD_BIND_NOW", "1");
+    constexpr char kGlIntegration[] = "QT_XCB_GL_INTEGRATION";
+    if (!qEnvironmentVariableIsSet(kGlIntegration))
+        qputenv(kGlIntegration, "none");
     const QString directory = privateTempDir();
     if (directory.isEmpty())
         qWarning("No private temporary directory can be made: files in %s may be swapped by others",

@@ -14,7 +14,10 @@ public:
     ///    copied into the system as root;
     ///  - LD_BIND_NOW is set: Debian's wvdial otherwise aborts at random on processors with wide
     ///    vector registers ("stack_magic == WVTASK_MAGIC"), which the dynamic linker saves on the
-    ///    dialer's small task stacks when it resolves a function at its first call.
+    ///    dialer's small task stacks when it resolves a function at its first call;
+    ///  - QT_XCB_GL_INTEGRATION becomes "none" where nobody has set it: nothing here is drawn with
+    ///    OpenGL, whose drivers Qt else loads for the first window, at the cost of half of the time
+    ///    to the first frame and half of the memory.
     static void prepare();
 
     /// `shared` where it is a directory that root or this user owns, that this user can write to
