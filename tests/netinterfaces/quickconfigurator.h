@@ -2,8 +2,10 @@
 
 #include "ethernetconfigurator.h"
 
-/// A configurator whose interfaces the test names, which reads the file it is given and does not
-/// wait before each command.
+#include <functional>
+
+/// A configurator whose interfaces the test names, which reads the file it is given, does not wait
+/// before each command, and calls the test at the beginning of each such pause.
 class QuickConfigurator : public EthernetConfigurator
 {
 public:
@@ -19,10 +21,15 @@ public:
 
     QVector<QPair<QString, bool>> interfaces;
     std::chrono::milliseconds pause{0};
+    std::function<void()> atPause = [] {};
 
 protected:
     QVector<QPair<QString, bool>> ethernetInterfaces() const override { return interfaces; }
-    std::chrono::milliseconds pauseBeforeCommand() const override { return pause; }
+    std::chrono::milliseconds pauseBeforeCommand() const override
+    {
+        atPause();
+        return pause;
+    }
 };
 
 using SettingsMap = QHash<QString, InterfaceSettings>;

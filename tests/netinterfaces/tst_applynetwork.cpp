@@ -393,9 +393,11 @@ private slots:
         const FakeSudo sudo;
         QuickConfigurator configurator({}, s("/target"));
         bool isShown = false;
+        QVector<bool> shown;
+        configurator.atPause = [&] { shown += isShown; };
         QTimer::singleShot(0, this, [&isShown] { isShown = true; });
         configurator.applySettings({});
-        QVERIFY(isShown);
+        QCOMPARE(shown, QVector<bool>{true});
         waitForEnd(configurator, sudo);
     }
 

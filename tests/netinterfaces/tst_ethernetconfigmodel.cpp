@@ -290,6 +290,17 @@ private slots:
         QCOMPARE(applied(model), (SettingsMap{{s("eth2"), staticSettings(s("10.0.0.3"))}}));
     }
 
+    void withoutAnInterfaceOnlyTheHeaderIsWritten()
+    {
+        EthernetConfigModel model(new QuickConfigurator({}, path()), nullptr);
+        model.reload();
+        QCOMPARE(model.rowCount(), 0);
+        QCOMPARE(applied(model), SettingsMap());
+        QFile file(writtenFile());
+        QVERIFY(file.open(QIODevice::ReadOnly));
+        QVERIFY(file.readAll().endsWith("\niface lo inet loopback\n\n#Network interfaces\n"));
+    }
+
     void logMessagesArePassedOn()
     {
         auto *const configurator = new QuickConfigurator;
@@ -316,6 +327,7 @@ private slots:
 
 private:
     QString path() const { return m_box.filePath(s("interfaces")); }
+    static QString writtenFile() { return QDir::tempPath() + s("/interfaces.tmp"); }
 
     static InterfaceSettings settingsOf(EthernetConfigModel &model, const QString &name)
     {
@@ -342,8 +354,8 @@ private:
                     && process->state() == QProcess::NotRunning;
             }))
             return {{s("the commands did not come to their end"), InterfaceSettings()}};
-        const QuickConfigurator reader({s("eth0"), s("eth1"), s("eth2"), s("unknown")},
-            QDir::tempPath() + s("/interfaces.tmp"));
+        const QuickConfigurator reader(
+            {s("eth0"), s("eth1"), s("eth2"), s("unknown")}, writtenFile());
         return reader.availableEthernetSettings();
     }
 

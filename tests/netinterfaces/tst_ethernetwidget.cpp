@@ -137,6 +137,24 @@ private slots:
         QCOMPARE(settingsBox.settings(), InterfaceSettings());
     }
 
+    // Every edit is told as it is filled in, so the last word is the whole of it.
+    void theFieldsAreFilledInTheirOrder()
+    {
+        EthernetSettingsBox settingsBox;
+        QSignalSpy changes(&settingsBox, &EthernetSettingsBox::settingsChaged);
+        settingsBox.setSettings(staticSettings(s("1.1.1.1"), s("2.2.2.2"), s("3.3.3.3"), s("4")));
+        const QString none = s("...");
+        QVector<InterfaceSettings> told;
+        for (const QList<QVariant> &change : qAsConst(changes))
+            told += change.at(1).value<InterfaceSettings>();
+        QCOMPARE(told,
+            (QVector<InterfaceSettings>{staticSettings(none, none, none),
+                staticSettings(none, none, s("3.3.3.3")),
+                staticSettings(s("1.1.1.1"), none, s("3.3.3.3")),
+                staticSettings(s("1.1.1.1"), s("2.2.2.2"), s("3.3.3.3")),
+                staticSettings(s("1.1.1.1"), s("2.2.2.2"), s("3.3.3.3"), s("4"))}));
+    }
+
     void choosingTellsAtOnce()
     {
         EthernetSettingsBox settingsBox;
@@ -204,6 +222,15 @@ private slots:
         QVERIFY(box(page)->isEnabledTo(&page));
         QCOMPARE(box(page)->interface(), s("eth0"));
         QCOMPARE(box(page)->settings(), eth0());
+    }
+
+    void theFirstOfSeveralUsedInterfacesIsShown()
+    {
+        const EthernetWidget page(
+            new QuickConfigurator({s("eth0"), s("eth1"), s("eth2")}, path(), {s("eth3")}), nullptr);
+        QStringList used = rowNames(page);
+        used.removeOne(s("eth3"));
+        QCOMPARE(box(page)->interface(), used.first());
     }
 
     void withoutAUsedInterfaceNothingCanBeEdited_data()
@@ -314,6 +341,27 @@ private slots:
         QCOMPARE(table(page)->rowHeight(0), 60);
     }
 
+    void theButtonsActWhenTheyAreLetGo()
+    {
+        EthernetWidget page(new QuickConfigurator({s("eth0")}, path()), nullptr);
+        show(page);
+        const QSignalSpy resets(table(page)->model(), &QAbstractItemModel::modelReset);
+        QTest::mousePress(button(page, "pbReload"), Qt::LeftButton);
+        QCOMPARE(resets.count(), 0);
+        leave(button(page, "pbReload")); // lets go of it too
+        QCOMPARE(resets.count(), 1);
+
+        int asked = 0;
+        whenAsked([&asked](QMessageBox *box) {
+            ++asked;
+            box->reject();
+        });
+        QTest::mousePress(button(page, "pbApply"), Qt::LeftButton);
+        QCOMPARE(asked, 0);
+        leave(button(page, "pbApply"));
+        QCOMPARE(asked, 1);
+    }
+
     void theQuestionHasOneButton()
     {
         const FakeSudo sudo;
@@ -351,7 +399,9 @@ private slots:
         EthernetWidget page(new QuickConfigurator({s("eth0")}, path()), nullptr);
         show(page);
         log(page)->setPlainText(s("of the time before"));
-        whenAsked([way](QMessageBox *box) {
+        QString shownMeanwhile;
+        whenAsked([&](QMessageBox *box) {
+            shownMeanwhile = log(page)->toPlainText();
             if (way == 0)
                 QTest::keyClick(box, Qt::Key_Escape);
             else if (way == 1)
@@ -360,6 +410,7 @@ private slots:
                 box->reject();
         });
         QTest::mouseClick(button(page, "pbApply"), Qt::LeftButton);
+        QCOMPARE(shownMeanwhile, QString());
         QCOMPARE(log(page)->toPlainText(), QString());
         QVERIFY(button(page, "pbApply")->isEnabled());
         QVERIFY(button(page, "pbReload")->isEnabled());
@@ -416,25 +467,12 @@ private slots:
 
     void buttonsAreOutAsSoonAsYesIsSaid()
     {
-        class WatchedConfigurator : public QuickConfigurator
-        {
-        public:
-            using QuickConfigurator::QuickConfigurator;
-            std::function<void()> beforeCommand;
-
-        protected:
-            std::chrono::milliseconds pauseBeforeCommand() const override
-            {
-                beforeCommand();
-                return std::chrono::milliseconds(0);
-            }
-        };
         const FakeSudo sudo;
-        auto *const configurator = new WatchedConfigurator({}, path());
+        auto *const configurator = new QuickConfigurator({}, path());
         EthernetWidget page(configurator, nullptr);
         show(page);
         QVector<bool> enabled;
-        configurator->beforeCommand = [&] {
+        configurator->atPause = [&] {
             enabled << button(page, "pbApply")->isEnabled()
                     << button(page, "pbReload")->isEnabled();
         };
@@ -612,6 +650,22 @@ private:
         page.resize(800, 600);
         page.show();
         QVERIFY(QTest::qWaitForWindowExposed(&page));
+    }
+
+    static QStringList rowNames(const QWidget &page)
+    {
+        const QAbstractItemModel *const model = table(page)->model();
+        QStringList names;
+        for (int row = 0; row < model->rowCount(); ++row)
+            names += model->index(row, 1).data().toString();
+        return names;
+    }
+
+    static void leave(QWidget *pressed)
+    {
+        const QPointF outside(pressed->width() + 50, pressed->height() + 50);
+        QMouseEvent move(QEvent::MouseMove, outside, Qt::NoButton, Qt::LeftButton, Qt::NoModifier);
+        QCoreApplication::sendEvent(pressed, &move);
     }
 
     static void tap(const QWidget &page, int row, int column)
