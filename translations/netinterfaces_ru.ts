@@ -41,7 +41,7 @@
     </message>
     <message>
         <source>Customizing interface %1</source>
-        <translation>Настройка интерфейса %1</translation>
+        <translation>Настройка %1</translation>
     </message>
     <message>
         <source>DHCP</source>

@@ -37,7 +37,7 @@
     </message>
     <message>
         <source>space separated DNS IP addresses</source>
-        <translation>IP-адреси DNS через пробіл</translation>
+        <translation>Адреси DNS через пробіл</translation>
     </message>
     <message>
         <source>Customizing interface %1</source>

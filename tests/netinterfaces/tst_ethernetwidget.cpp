@@ -585,7 +585,7 @@ private slots:
         QFETCH(int, interfaces);
         QStringList names;
         for (int i = 0; i < interfaces; ++i)
-            names += s("enp%1s0f1").arg(i);
+            names += s("enx%1").arg(QString(12, QLatin1Char("0123456789abcdef"[15 - i])));
         EthernetWidget page(new QuickConfigurator(names, path()), nullptr);
         // The dialog's own buttons stand below the page.
         QVERIFY2(page.minimumSizeHint().height() <= 520,
@@ -606,6 +606,15 @@ private slots:
             QVERIFY2(widget->height() >= widget->minimumSizeHint().height(),
                 qPrintable(widget->objectName()));
         }
+        // The longest names there are, those by hardware address, are shown whole beside a scroll
+        // bar for a finger.
+        constexpr int wideBar = 32;
+        const QAbstractItemView *const view = table(page);
+        const QScrollBar *const bar = view->verticalScrollBar();
+        const int left
+            = table(page)->columnWidth(1) - (bar->isVisible() ? wideBar - bar->width() : 0);
+        QVERIFY2(view->sizeHintForColumn(1) <= left, qPrintable(QString::number(left)));
+        QVERIFY(table(page)->columnWidth(0) >= 48);
         const QLineEdit *const servers = edit(*box(page), "leDNS");
         QVERIFY(servers->fontMetrics().horizontalAdvance(servers->placeholderText())
             < servers->width() - 12);
