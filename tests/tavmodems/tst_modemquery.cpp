@@ -67,7 +67,7 @@ using Answers = QMap<QByteArray, QByteArray>;
 
 constexpr int kBaudrate = 57600;
 constexpr qint64 kAtOnce = 900; // ms: less than any limit of the driver
-constexpr qint64 kWithoutWaiting = 4000; // ms: less than the driver lets pass between two looks
+constexpr qint64 kWithoutWaiting = 1900; // ms: less than the driver lets pass between two looks
 
 const QByteArray ERROR_LINE = "\r\nERROR\r\n";
 

@@ -24,6 +24,7 @@
 #include <QTest>
 #include <QToolButton>
 
+#include <atomic>
 #include <memory>
 
 namespace {
@@ -344,6 +345,23 @@ private slots:
         QCOMPARE(record->settings(), ModemSettings().toSettingsList());
         QVERIFY(record->dt() >= before.addMSecs(-1));
         QVERIFY(record->dt() <= QDateTime::currentDateTime());
+    }
+
+    void checkerStopsBeforeTheStoreIsSent()
+    {
+        MainDialog dialog;
+        dialog.show();
+        std::atomic<qint64> stopped{0};
+        const auto *const thread = dialog.findChild<AbstractWorkerThread *>();
+        connect(
+            thread, &QThread::finished, thread,
+            [&stopped] { stopped = QDateTime::currentMSecsSinceEpoch(); }, Qt::DirectConnection);
+        ModalBoxes boxes({ModalBoxes::click(QMessageBox::Cancel)});
+        dialog.close();
+        QVERIFY(stopped > 0);
+        const auto record = saved(tavbus::BUSNAME_TESTDEALER);
+        QVERIFY(record);
+        QVERIFY(record->dt().toMSecsSinceEpoch() >= stopped);
     }
 
     void cancelKeepsItOpenWithoutTheChecker_data()

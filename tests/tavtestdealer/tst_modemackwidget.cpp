@@ -224,6 +224,7 @@ private slots:
             lines("gsm1|MCC: 999|MNC: 1|LAC: 1A2B|CID: C3F4D5|Operator: All & Everything|"
                   "Sim number: +79161234567|Balance: 150.5|Signal level: -71 dB"));
         QVERIFY(!page.logs("old"));
+        QVERIFY(page.logs("Ask gsm1"));
         QVERIFY(page.logs("imei: 353142031234567"));
         // The pane takes a "<" for markup: what the modem answers must not hide behind one.
         QVERIFY(page.logs(qUtf8Printable(modem.path() + QStringLiteral(" -> AT+CSQ"))));
@@ -342,6 +343,17 @@ private slots:
         QVERIFY(page.queryModem());
         const std::lock_guard<std::mutex> lock(mutex);
         QCOMPARE(speeds, QList<unsigned int>{115200U});
+    }
+
+    void portIsTriedThreeTimes()
+    {
+        ScriptedModem modem;
+        modem.answerToAll = ERROR_ANSWER;
+        modem.start();
+        store({modemOn(modem.path())});
+        Page page;
+        QVERIFY(!page.queryModem());
+        QCOMPARE(modem.commands(), QList<QByteArray>({"AT", "ATQ0V1", "ATQ0V1"}));
     }
 
     void settingsAreNotSaved()

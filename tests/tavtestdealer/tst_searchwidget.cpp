@@ -755,6 +755,17 @@ private slots:
         QCOMPARE(modem.commands().contains("AT^U2DIAG=0"), what == QLatin1String("refuses"));
     }
 
+    void modemOnlyTriesThePortThreeTimes()
+    {
+        ScriptedModem modem;
+        modem.answerToAll = "\r\nERROR\r\n";
+        modem.start();
+        Page page;
+        page.selectOnPort(modem.path());
+        page.modemToModemOnly();
+        QCOMPARE(modem.commands(), QList<QByteArray>({"AT", "ATQ0V1", "ATQ0V1"}));
+    }
+
     void removeTakesTheConnectionOutWithoutAsking()
     {
         Page page;
