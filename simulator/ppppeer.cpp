@@ -27,6 +27,12 @@ PppPeer::~PppPeer()
         close(m_line);
 }
 
+void PppPeer::Process::setupChildProcess()
+{
+    dup2(line, STDIN_FILENO);
+    dup2(line, STDOUT_FILENO);
+}
+
 bool PppPeer::start()
 {
     m_line = posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC | O_NONBLOCK);
@@ -44,8 +50,7 @@ bool PppPeer::start()
     m_writer = new QSocketNotifier(m_line, QSocketNotifier::Write, this);
     m_writer->setEnabled(false);
     connect(m_writer, &QSocketNotifier::activated, this, &PppPeer::writeRest);
-    m_process.setStandardInputFile(QString::fromLatin1(path));
-    m_process.setStandardOutputFile(QString::fromLatin1(path));
+    m_process.line = outer;
     m_process.setStandardErrorFile(QProcess::nullDevice());
     // ppp_exit: the call is over when the caller ends PPP, not only when the line goes.
     m_process.start(

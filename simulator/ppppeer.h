@@ -28,7 +28,18 @@ private:
     void readBytes();
     void writeRest();
 
-    QProcess m_process;
+    // It reads and writes on its standard input, which QProcess would open for reading alone.
+    class Process : public QProcess
+    {
+    public:
+        using QProcess::QProcess;
+        int line = -1; // while it is being started
+
+    protected:
+        void setupChildProcess() override;
+    };
+
+    Process m_process;
     int m_line = -1;
     QByteArray m_unsent;
     QSocketNotifier *m_reader = nullptr; // children of this
