@@ -10,7 +10,7 @@
 /// the testbed is mounted there. umockdev's own way of showing it, a library preloaded into each
 /// program, loses those that clear their environment, comes before the runtime of a sanitizer,
 /// which refuses to start then, and would put a path of its own between the programs and the
-/// ports. What it carries besides, device nodes and the messages about them, comes from SerialLine
+/// ports. What it carries besides, device nodes and the messages about them, comes from PseudoLine
 /// and UdevMonitor here.
 ///
 /// One thing of the environment is left: libudev takes no /sys but the kernel's unless

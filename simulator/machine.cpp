@@ -56,11 +56,12 @@ bool bringUp(const char *interface)
 
 } // namespace
 
-Machine::Machine(const Scenario &scenario, QString brokerProgram, QObject *parent)
+Machine::Machine(
+    const Scenario &scenario, QString brokerProgram, const UsbBus &usb, QObject *parent)
     : QObject(parent)
     , m_scenario(scenario)
     , m_brokerProgram(std::move(brokerProgram))
-    , m_modems(scenario.modems, &m_journal)
+    , m_modems(scenario.modems, &m_journal, usb)
 {
 }
 
@@ -130,8 +131,10 @@ void Machine::setEnvironment()
 
 bool Machine::start(QString *error)
 {
-    return startNetwork(error) && m_bus.start(m_brokerProgram, error) && m_modems.start(error)
-        && writePppOptions(error) && startServices(error) && saveConnections(error);
+    const bool ownBus = !m_brokerProgram.isEmpty();
+    return startNetwork(error) && (!ownBus || m_bus.start(m_brokerProgram, error))
+        && m_modems.start(error) && writePppOptions(error) && startServices(error)
+        && saveConnections(error);
 }
 
 QStringList Machine::modemNames() const
@@ -148,7 +151,8 @@ bool Machine::startNetwork(QString *error)
         *error = QStringLiteral("cannot bring up the loopback interface");
         return false;
     }
-    if (!m_wiredNetwork.start(m_scenario.ethernet))
+    // Without a bus of its own it is on a machine that keeps its own network.
+    if (!m_brokerProgram.isEmpty() && !m_wiredNetwork.start(m_scenario.ethernet))
         std::fprintf(stderr, "terminalsim: %s\n", qUtf8Printable(m_wiredNetwork.errorText()));
     for (const Page &page : pages()) {
         auto *web = new WebPage(page.name, page.port, this);

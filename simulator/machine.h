@@ -30,7 +30,10 @@ class Machine : public QObject
     Q_DISABLE_COPY_MOVE(Machine)
 
 public:
-    Machine(const Scenario &scenario, QString brokerProgram, QObject *parent = nullptr);
+    /// Without a broker the system bus that is there is used as it stands. Modems are plugged into
+    /// `usb`, or, without one, into a device tree of the terminal's own.
+    Machine(const Scenario &scenario, QString brokerProgram, const UsbBus &usb = {},
+        QObject *parent = nullptr);
     ~Machine() override;
 
     /// Writes the files that programs in the terminal find. Before any program is started.

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "usbserialdevice.h"
+#include "usbdevice.h"
 
 #include <QMap>
 #include <QString>

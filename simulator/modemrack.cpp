@@ -2,14 +2,25 @@
 
 #include "journal.h"
 #include "simulatedmodem.h"
+#include "usbserialdevice.h"
 
-ModemRack::ModemRack(const QList<ScenarioModem> &modems, Journal *journal, QObject *parent)
+#include <utility>
+
+ModemRack::ModemRack(
+    const QList<ScenarioModem> &modems, Journal *journal, UsbBus bus, QObject *parent)
     : QObject(parent)
     , m_scenarios(modems)
     , m_journal(journal)
+    , m_bus(std::move(bus))
 {
     m_thread.setObjectName(QStringLiteral("modems"));
     m_calls.moveToThread(&m_thread);
+    if (m_bus)
+        return;
+    m_tree = std::make_unique<DeviceTree>();
+    m_bus = [this](int number, const UsbIdentity &identity) {
+        return std::make_unique<UsbSerialDevice>(m_tree.get(), number, identity);
+    };
 }
 
 ModemRack::~ModemRack()
@@ -29,7 +40,7 @@ void ModemRack::inThread(const QString &modem, Function function) const
 
 bool ModemRack::start(QString *error)
 {
-    if (!m_tree.mount(error))
+    if (m_tree && !m_tree->mount(error))
         return false;
     m_thread.start();
     int number = 1;
@@ -41,8 +52,7 @@ bool ModemRack::start(QString *error)
         ScenarioModem modem = scenario;
         if (modem.imei.isEmpty())
             modem.imei = profile.imei;
-        auto *simulated
-            = new SimulatedModem(&m_tree, modem, profile, number++, firstPort, m_journal);
+        auto *simulated = new SimulatedModem(m_bus, modem, profile, number++, firstPort, m_journal);
         simulated->moveToThread(&m_thread);
         m_modems.insert(modem.name, simulated);
         m_dataPorts.insert(modem.name,

@@ -3,6 +3,7 @@
 #include "devicetree.h"
 #include "scenario.h"
 #include "threadcalls.h"
+#include "usbdevice.h"
 
 #include <QMap>
 #include <QObject>
@@ -19,7 +20,9 @@ class ModemRack : public QObject
     Q_DISABLE_COPY_MOVE(ModemRack)
 
 public:
-    ModemRack(const QList<ScenarioModem> &modems, Journal *journal, QObject *parent = nullptr);
+    /// Modems are plugged into `bus`, or, without one, into a device tree of the terminal's own.
+    ModemRack(const QList<ScenarioModem> &modems, Journal *journal, UsbBus bus = {},
+        QObject *parent = nullptr);
     ~ModemRack() override;
 
     /// Plugs in what the scenario has plugged.
@@ -42,7 +45,8 @@ private:
 
     const QList<ScenarioModem> m_scenarios;
     Journal *const m_journal; // the machine's
-    DeviceTree m_tree;
+    std::unique_ptr<DeviceTree> m_tree;
+    UsbBus m_bus;
     QThread m_thread;
     mutable ThreadCalls m_calls; // lives in the thread
     QMap<QString, SimulatedModem *> m_modems; // deleted when the thread has ended

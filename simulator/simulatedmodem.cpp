@@ -32,13 +32,12 @@ UsbIdentity identityOf(const ModemProfile &profile, const ScenarioModem &scenari
 
 } // namespace
 
-SimulatedModem::SimulatedModem(DeviceTree *tree, const ScenarioModem &scenario,
+SimulatedModem::SimulatedModem(const UsbBus &bus, const ScenarioModem &scenario,
     const ModemProfile &profile, int number, int firstPort, Journal *journal)
     : m_state(profile, scenario)
     , m_journal(journal)
     , m_firstPort(firstPort)
-    , m_usb(
-          tree, number, identityOf(profile, scenario), portNumbers(firstPort, profile.ports.size()))
+    , m_usb(bus(number, identityOf(profile, scenario)))
     , m_babble(this)
 {
     makePorts();
@@ -74,19 +73,19 @@ void SimulatedModem::makePorts()
         delete port.line;
     }
     m_ports.clear();
+    m_usb->setPorts(portNumbers(m_firstPort, m_roles.size()));
     for (int i = 0; i < m_roles.size(); ++i)
-        addPort(m_roles.at(i), m_firstPort + i);
+        addPort(m_roles.at(i), i);
     const bool hasControl = m_roles.contains(QStringLiteral("control"));
     for (int i = 0; i < m_ports.size(); ++i)
         m_ports[i].notifies
             = m_roles.at(i) == (hasControl ? QLatin1String("control") : QLatin1String("data"));
-    m_usb.setPorts(portNumbers(m_firstPort, m_roles.size()));
 }
 
-void SimulatedModem::addPort(const QString &role, int number)
+void SimulatedModem::addPort(const QString &role, int index)
 {
     Port port;
-    port.line = new SerialLine(QStringLiteral("ttyUSB%1").arg(number), this);
+    port.line = m_usb->makeLine(index, this);
     if (role != QLatin1String("diagnostic")) { // that one speaks a protocol of its maker's
         port.interpreter = new AtInterpreter(&m_state, this);
         AtInterpreter *interpreter = port.interpreter;
@@ -133,7 +132,7 @@ bool SimulatedModem::plug()
     });
     setPeriodicLines(true);
     setFault({});
-    return m_usb.plug();
+    return m_usb->plug();
 }
 
 void SimulatedModem::unplug()
@@ -146,7 +145,7 @@ void SimulatedModem::unplug()
     delete m_call;
     for (const Port &port : qAsConst(m_ports))
         port.line->unplug();
-    m_usb.unplug();
+    m_usb->unplug();
 }
 
 void SimulatedModem::setPeriodicLines(bool on)

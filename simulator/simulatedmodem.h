@@ -1,14 +1,13 @@
 #pragma once
 
 #include "modemstate.h"
-#include "usbserialdevice.h"
+#include "usbdevice.h"
 
 #include <QObject>
 #include <QPointer>
 #include <QTimer>
 
 class AtInterpreter;
-class DeviceTree;
 class Journal;
 class PppPeer;
 class SerialLine;
@@ -23,7 +22,7 @@ class SimulatedModem : public QObject
 
 public:
     /// `number` is its USB port, from 1; its serial ports are ttyUSB`firstPort` and up.
-    SimulatedModem(DeviceTree *tree, const ScenarioModem &scenario, const ModemProfile &profile,
+    SimulatedModem(const UsbBus &bus, const ScenarioModem &scenario, const ModemProfile &profile,
         int number, int firstPort, Journal *journal);
     ~SimulatedModem() override;
 
@@ -45,7 +44,7 @@ private:
     };
 
     void makePorts();
-    void addPort(const QString &role, int number);
+    void addPort(const QString &role, int index);
     void heard(AtInterpreter *interpreter, const QByteArray &bytes);
     void say(SerialLine *line, const QByteArray &bytes);
     void commandArrived(const QByteArray &line);
@@ -57,7 +56,7 @@ private:
     ModemState m_state;
     Journal *const m_journal; // the machine's
     const int m_firstPort;
-    UsbSerialDevice m_usb;
+    const std::unique_ptr<UsbDevice> m_usb;
     QStringList m_roles; // of the ports
     QList<Port> m_ports;
     QPointer<PppPeer> m_call; // child of this

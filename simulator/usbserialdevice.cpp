@@ -1,6 +1,7 @@
 #include "usbserialdevice.h"
 
 #include "devicetree.h"
+#include "pseudoline.h"
 
 #include <utility>
 
@@ -29,13 +30,16 @@ QByteArray udevName(const QString &text)
 
 } // namespace
 
-UsbSerialDevice::UsbSerialDevice(
-    DeviceTree *tree, int number, UsbIdentity identity, QList<int> portNumbers)
+UsbSerialDevice::UsbSerialDevice(DeviceTree *tree, int number, UsbIdentity identity)
     : m_tree(tree)
     , m_number(number)
     , m_identity(std::move(identity))
-    , m_ports(std::move(portNumbers))
 {
+}
+
+SerialLine *UsbSerialDevice::makeLine(int index, QObject *parent) const
+{
+    return new PseudoLine(QStringLiteral("ttyUSB%1").arg(m_ports.at(index)), parent);
 }
 
 bool UsbSerialDevice::plug()

@@ -1,4 +1,4 @@
-#include "serialline.h"
+#include "pseudoline.h"
 
 #include "privatefiles.h"
 
@@ -30,18 +30,18 @@ void closeFile(int *file)
 
 } // namespace
 
-SerialLine::SerialLine(const QString &name, QObject *parent)
-    : QObject(parent)
+PseudoLine::PseudoLine(const QString &name, QObject *parent)
+    : SerialLine(parent)
     , m_name(name)
 {
 }
 
-SerialLine::~SerialLine()
+PseudoLine::~PseudoLine()
 {
     unplug();
 }
 
-bool SerialLine::plug()
+bool PseudoLine::plug()
 {
     if (isPlugged())
         return true;
@@ -51,14 +51,14 @@ bool SerialLine::plug()
     return false;
 }
 
-void SerialLine::unplug()
+void PseudoLine::unplug()
 {
     dropLine();
     if (std::exchange(m_open, false))
         emit hungUp();
 }
 
-bool SerialLine::makeLine()
+bool PseudoLine::makeLine()
 {
     m_master = posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC | O_NONBLOCK);
     char path[64] = {};
@@ -75,16 +75,16 @@ bool SerialLine::makeLine()
         return false;
     m_reader = new QSocketNotifier(m_master, QSocketNotifier::Read, this);
     m_reader->setEnabled(false); // a line that nobody has open reads as hung up all the time
-    connect(m_reader, &QSocketNotifier::activated, this, &SerialLine::readBytes);
+    connect(m_reader, &QSocketNotifier::activated, this, &PseudoLine::readBytes);
     m_writer = new QSocketNotifier(m_master, QSocketNotifier::Write, this);
     m_writer->setEnabled(false);
-    connect(m_writer, &QSocketNotifier::activated, this, &SerialLine::writeRest);
+    connect(m_writer, &QSocketNotifier::activated, this, &PseudoLine::writeRest);
     m_userWatcher = new QSocketNotifier(m_watch, QSocketNotifier::Read, this);
-    connect(m_userWatcher, &QSocketNotifier::activated, this, &SerialLine::updateUsers);
+    connect(m_userWatcher, &QSocketNotifier::activated, this, &PseudoLine::updateUsers);
     return true;
 }
 
-void SerialLine::dropLine()
+void PseudoLine::dropLine()
 {
     const QByteArray device = "/dev/" + m_name.toLatin1();
     while (umount2(device.constData(), MNT_DETACH) == 0)
@@ -96,7 +96,7 @@ void SerialLine::dropLine()
     m_unsent.clear();
 }
 
-void SerialLine::dropNotifiers()
+void PseudoLine::dropNotifiers()
 {
     for (QSocketNotifier **notifier : {&m_reader, &m_writer, &m_userWatcher}) {
         if (*notifier != nullptr) {
@@ -108,7 +108,7 @@ void SerialLine::dropNotifiers()
 }
 
 // A new line is mounted over the old one before that goes, so that the device is never missing.
-void SerialLine::replaceLine()
+void PseudoLine::replaceLine()
 {
     int oldMaster = std::exchange(m_master, -1);
     int oldWatch = std::exchange(m_watch, -1);
@@ -123,7 +123,7 @@ void SerialLine::replaceLine()
 // left set. Opening and closing the outer end once also makes the kernel tell, from then on,
 // whether anybody has it open. False when a program died that had asked for sole use: nobody can
 // open this line any more.
-bool SerialLine::resetLine()
+bool PseudoLine::resetLine()
 {
     int outer = open(m_outerPath.constData(), O_RDONLY | O_NOCTTY | O_CLOEXEC | O_NONBLOCK);
     if (outer < 0)
@@ -138,7 +138,7 @@ bool SerialLine::resetLine()
     return true;
 }
 
-void SerialLine::readBytes()
+void PseudoLine::readBytes()
 {
     const QByteArray bytes = takeBytes();
     if (!bytes.isEmpty())
@@ -146,7 +146,7 @@ void SerialLine::readBytes()
     updateUsers();
 }
 
-QByteArray SerialLine::takeBytes()
+QByteArray PseudoLine::takeBytes()
 {
     QByteArray bytes;
     char chunk[4096];
@@ -157,7 +157,7 @@ QByteArray SerialLine::takeBytes()
     return bytes;
 }
 
-bool SerialLine::isHungUp() const
+bool PseudoLine::isHungUp() const
 {
     pollfd line{m_master, 0, 0};
     return poll(&line, 1, 0) > 0 && (line.revents & POLLHUP) != 0;
@@ -165,7 +165,7 @@ bool SerialLine::isHungUp() const
 
 // Whether somebody has closed the line since the last time, perhaps before it was even seen open.
 // resetLine() opens it for reading only and is told apart by that.
-bool SerialLine::takeEvents()
+bool PseudoLine::takeEvents()
 {
     alignas(inotify_event) char events[4096];
     bool wasUsed = false;
@@ -181,7 +181,7 @@ bool SerialLine::takeEvents()
     return wasUsed;
 }
 
-void SerialLine::updateUsers()
+void PseudoLine::updateUsers()
 {
     // The events only say that something changed (equal ones are merged, so they cannot be
     // counted); whether anybody has the line open, the line itself knows.
@@ -216,15 +216,15 @@ void SerialLine::updateUsers()
     }
 }
 
-void SerialLine::send(const QByteArray &bytes)
+void PseudoLine::send(const QByteArray &bytes)
 {
-    if (!isOpen() || m_unsent.size() + bytes.size() > kMostUnsent)
+    if (!m_open || m_unsent.size() + bytes.size() > kMostUnsent)
         return;
     m_unsent += bytes;
     writeRest();
 }
 
-void SerialLine::writeRest()
+void PseudoLine::writeRest()
 {
     while (!m_unsent.isEmpty() && m_master >= 0) {
         const ssize_t count
