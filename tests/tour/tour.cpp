@@ -3,30 +3,17 @@
 #include "busnames.h"
 #include "window.h"
 
-#include <QAbstractButton>
-#include <QAbstractItemView>
 #include <QComboBox>
-#include <QDBusMessage>
-#include <QLineEdit>
-#include <QPixmap>
-#include <QProcess>
-#include <QScreen>
 #include <QTextBrowser>
-#include <QTextStream>
-#include <QThread>
 #include <QToolButton>
-
-#include <cstdlib>
 
 using namespace std::chrono_literals;
 using window::find;
 using window::mainDialog;
 using window::messageBox;
-using window::onGuiThread;
 
 namespace {
 
-constexpr auto kLookAgainAfter = 50ms;
 // One round of the Internet check a minute, and some air.
 constexpr auto kNextInternetCheck = 75s;
 
@@ -51,24 +38,7 @@ QString indicator()
     return find<QToolButton>(QStringLiteral("toolButton"))->toolTip();
 }
 
-void say(const QString &line)
-{
-    QTextStream(stdout) << line << Qt::endl;
-}
-
 } // namespace
-
-Tour::Tour(const QString &pictures)
-    : m_pictures(pictures)
-    , m_bus(QDBusConnection::connectToBus(QDBusConnection::SystemBus, QStringLiteral("tour")))
-{
-    if (!m_pictures.mkpath(QStringLiteral(".")))
-        fail(QStringLiteral("cannot make the directory %1").arg(pictures));
-    if (!m_pointer.isValid())
-        fail(QStringLiteral("there is no X display with the XTEST extension"));
-    if (!m_bus.isConnected())
-        fail(QStringLiteral("there is no terminal bus: start the tour with scripts/run --tour"));
-}
 
 void Tour::run()
 {
@@ -180,126 +150,4 @@ void Tour::savesAndCloses()
     click(QStringLiteral("pbClose"));
     mustShow(QStringLiteral("the tool asks again"), [] { return messageBox() != nullptr; });
     clickInBox(QStringLiteral("Save"));
-}
-
-void Tour::mustShow(const QString &what, const Look &look, std::chrono::milliseconds limit)
-{
-    const auto deadline = std::chrono::steady_clock::now() + limit;
-    while (!onGuiThread(look)) {
-        if (std::chrono::steady_clock::now() > deadline)
-            fail(QStringLiteral("not seen within %1 ms: %2").arg(limit.count()).arg(what));
-        QThread::msleep(kLookAgainAfter.count());
-    }
-    seen(what);
-}
-
-void Tour::seen(const QString &what)
-{
-    say(QStringLiteral("  seen: ") + what);
-}
-
-void Tour::click(const QString &objectName)
-{
-    mustShow(QStringLiteral("%1 can be pressed").arg(objectName), [=] {
-        auto *widget = find<QWidget>(objectName);
-        return widget != nullptr && widget->isVisible() && widget->isEnabled();
-    });
-    clickAt([=] {
-        auto *widget = find<QWidget>(objectName);
-        return widget->mapToGlobal(widget->rect().center());
-    });
-}
-
-void Tour::clickAt(const std::function<QPoint()> &place)
-{
-    m_pointer.click(onGuiThread(place));
-}
-
-void Tour::clickInBox(const QString &buttonText)
-{
-    const auto button = [=]() -> QAbstractButton * {
-        auto *box = messageBox();
-        if (box == nullptr || !box->isVisible())
-            return nullptr;
-        const auto buttons = box->buttons();
-        for (auto *each : buttons) {
-            if (each->text().remove(QLatin1Char('&')) == buttonText)
-                return each;
-        }
-        return nullptr;
-    };
-    mustShow(
-        QStringLiteral("the box offers %1").arg(buttonText), [=] { return button() != nullptr; });
-    clickAt([=] { return button()->mapToGlobal(button()->rect().center()); });
-}
-
-void Tour::choose(const QString &comboBox, const QString &item)
-{
-    click(comboBox);
-    mustShow(QStringLiteral("the list of %1 opens").arg(comboBox),
-        [=] { return find<QComboBox>(comboBox)->view()->isVisible(); });
-    clickAt([=] {
-        auto *box = find<QComboBox>(comboBox);
-        auto *view = box->view();
-        const auto place = view->visualRect(view->model()->index(box->findText(item), 0)).center();
-        return view->viewport()->mapToGlobal(place);
-    });
-    mustShow(QStringLiteral("%1 is chosen").arg(item), [=] {
-        auto *box = find<QComboBox>(comboBox);
-        return box->currentText() == item && !box->view()->isVisible();
-    });
-}
-
-void Tour::type(const QString &lineEdit, const QString &text)
-{
-    click(lineEdit);
-    for (const auto &keys : {QStringList{QStringLiteral("key"), QStringLiteral("ctrl+a"),
-                                 QStringLiteral("Delete"), QStringLiteral("Home")},
-             QStringList{QStringLiteral("type"), text}}) {
-        if (QProcess::execute(QStringLiteral("xdotool"), keys) != 0)
-            fail(QStringLiteral("xdotool cannot press keys"));
-    }
-    mustShow(QStringLiteral("%1 reads %2").arg(lineEdit, text),
-        [=] { return find<QLineEdit>(lineEdit)->text() == text; });
-}
-
-void Tour::picture(const QString &name)
-{
-    const auto file = m_pictures.filePath(
-        QStringLiteral("%1-%2.png").arg(++m_pictureNumber, 2, 10, QLatin1Char('0')).arg(name));
-    const auto taken = onGuiThread([=] {
-        auto area = mainDialog()->frameGeometry();
-        if (auto *box = messageBox())
-            area = area.united(box->frameGeometry());
-        return QApplication::primaryScreen()
-            ->grabWindow(0, area.x(), area.y(), area.width(), area.height())
-            .save(file);
-    });
-    if (!taken)
-        fail(QStringLiteral("cannot write the picture %1").arg(file));
-    say(QStringLiteral("%1: %2").arg(m_pictureNumber).arg(file));
-}
-
-void Tour::fail(const QString &what)
-{
-    say(QStringLiteral("FAILED: ") + what);
-    if (qApp != nullptr && mainDialog() != nullptr) {
-        onGuiThread([this] {
-            return QApplication::primaryScreen()->grabWindow(0).save(
-                m_pictures.filePath(QStringLiteral("failed.png")));
-        });
-    }
-    std::_Exit(EXIT_FAILURE);
-}
-
-QVariant Tour::terminal(const QString &method, const QVariantList &arguments)
-{
-    auto call = QDBusMessage::createMethodCall(QStringLiteral("org.ovrel.TerminalSim"),
-        QStringLiteral("/org/ovrel/TerminalSim"), QStringLiteral("org.ovrel.TerminalSim1"), method);
-    call.setArguments(arguments);
-    const auto answer = m_bus.call(call);
-    if (answer.type() != QDBusMessage::ReplyMessage)
-        fail(QStringLiteral("the simulated terminal refuses %1: %2")
-                 .arg(method, answer.errorMessage()));
-    return answer.arguments().value(0);
 }
