@@ -23,6 +23,7 @@ namespace {
 constexpr auto kApplied = 30s;
 constexpr auto kQuiet = 5s; // until the buttons come back
 
+const QString kBefore = QStringLiteral("eth0"); // in use when the terminal comes up
 const QString kInterface = QStringLiteral("eth1");
 
 QAbstractItemModel *interfaces()
@@ -45,10 +46,15 @@ QPoint placeOf(const QModelIndex &cell)
     return view->viewport()->mapToGlobal(view->visualRect(cell).center());
 }
 
-bool isEdited(const QString &name)
+bool isShown(const QString &name, bool used)
 {
     return find<QLabel>(QStringLiteral("lIface"))->text() == name
-        && find<QGroupBox>(QStringLiteral("gbSettings"))->isEnabled();
+        && find<QGroupBox>(QStringLiteral("gbSettings"))->isEnabled() == used;
+}
+
+bool isEdited(const QString &name)
+{
+    return isShown(name, true);
 }
 
 QString log()
@@ -80,8 +86,7 @@ void Tour::configuresTheNetwork()
     click(QStringLiteral("pbEth"));
     mustShow(QStringLiteral("the Local network page lists two interfaces, one in use"), [] {
         return find<QWidget>(QStringLiteral("pageEth"))->isVisible()
-            && interfaces()->rowCount() == 2 && rowOf(kInterface).isValid()
-            && isEdited(QStringLiteral("eth0"));
+            && interfaces()->rowCount() == 2 && rowOf(kInterface).isValid() && isEdited(kBefore);
     });
     picture(QStringLiteral("network"));
 
@@ -102,16 +107,27 @@ void Tour::configuresTheNetwork()
     });
     picture(QStringLiteral("network-wrong"));
 
+    // Each brings a default gateway, and there can be only one.
+    clickAt([] { return placeOf(rowOf(kBefore)); });
+    mustShow(
+        QStringLiteral("the first one is switched off"), [] { return isShown(kBefore, false); });
+    clickAt([] { return placeOf(rowOf(kInterface).siblingAtColumn(1)); });
+    mustShow(QStringLiteral("the other one is edited again"), [] { return isEdited(kInterface); });
     type(QStringLiteral("leIP"), QStringLiteral("10.20.30.40"));
     appliesTheNetwork();
+    mustShow(QStringLiteral("the log complains of nothing"), [] {
+        return log().contains(QLatin1String("done.\n")) && !log().contains(QLatin1String("failed"));
+    });
     const auto addresses = addressesOf(kInterface);
     if (!addresses.contains(QLatin1String(" 10.20.30.40/24")))
         fail(QStringLiteral("the interface has not got its address: ") + addresses);
     seen(QStringLiteral("the kernel has the address: ") + addresses);
 
     click(QStringLiteral("pbReload"));
-    mustShow(QStringLiteral("after a reload both are in use"),
-        [] { return isEdited(QStringLiteral("eth0")) || isEdited(kInterface); });
+    mustShow(QStringLiteral("after a reload the other one alone is in use"),
+        [] { return isEdited(kInterface); });
+    clickAt([] { return placeOf(rowOf(kBefore).siblingAtColumn(1)); });
+    mustShow(QStringLiteral("the first one is not"), [] { return isShown(kBefore, false); });
     clickAt([] { return placeOf(rowOf(kInterface).siblingAtColumn(1)); });
     mustShow(QStringLiteral("the address is read back"), [] {
         return isEdited(kInterface)
