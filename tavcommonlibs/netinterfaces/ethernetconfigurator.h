@@ -45,9 +45,11 @@ public:
     /// Called while a command still runs, the new first command is lost.
     ///
     /// A name that is no single plain word, or that a program would take for an option, is left out
-    /// of the file and of the commands. A line break in a value becomes a space.
+    /// of the file and of the commands. A line break in a value becomes a space, and backslashes at
+    /// its end go: the next line is none of it.
     void applySettings(const QHash<QString, InterfaceSettings> &settings);
 
+    /// True while any interface of the system is active, wired or not.
     bool isOnline() const;
 
 signals:
