@@ -615,6 +615,8 @@ private slots:
             = table(page)->columnWidth(1) - (bar->isVisible() ? wideBar - bar->width() : 0);
         QVERIFY2(view->sizeHintForColumn(1) <= left, qPrintable(QString::number(left)));
         QVERIFY(table(page)->columnWidth(0) >= 48);
+        for (int row = 0; row < interfaces; ++row)
+            QCOMPARE(table(page)->rowHeight(row), 60);
         const QLineEdit *const servers = edit(*box(page), "leDNS");
         QVERIFY(servers->fontMetrics().horizontalAdvance(servers->placeholderText())
             < servers->width() - 12);

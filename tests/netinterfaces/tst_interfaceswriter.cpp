@@ -184,15 +184,16 @@ private slots:
         QFETCH(SettingsMap, settings);
         write(settings);
 
-        QStringList names = ifquery({s("--list")}).split(QLatin1Char('\n'), Qt::SkipEmptyParts);
+        QStringList names = settings.keys();
         names.sort();
-        QStringList expectedNames = QStringList(settings.keys()) << s("lo");
-        expectedNames.sort();
-        QCOMPARE(names, expectedNames);
+        QCOMPARE(listed({s("--list"), s("--allow=hotplug")}), names);
+        names += s("lo");
+        names.sort();
+        QCOMPARE(listed({s("--list")}), names);
 
         for (auto it = settings.cbegin(); it != settings.cend(); ++it) {
-            const QStringList options
-                = ifquery({it.key()}).split(QLatin1Char('\n'), Qt::SkipEmptyParts);
+            const QStringList options = listed({it.key()});
+            QCOMPARE(options.isEmpty(), it->useDhcp());
             QCOMPARE(valueOf(s("address"), options), it->address());
             QCOMPARE(valueOf(s("netmask"), options), it->netMask());
             QCOMPARE(valueOf(s("gateway"), options), it->gateway());
@@ -255,6 +256,13 @@ private:
             return s("ifquery failed: ") + process.errorString()
                 + QString::fromUtf8(process.readAll());
         return QString::fromUtf8(process.readAll());
+    }
+
+    QStringList listed(const QStringList &arguments) const
+    {
+        QStringList lines = ifquery(arguments).split(QLatin1Char('\n'), Qt::SkipEmptyParts);
+        lines.sort();
+        return lines;
     }
 
     static QString valueOf(const QString &option, const QStringList &lines)
