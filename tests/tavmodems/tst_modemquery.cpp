@@ -999,17 +999,24 @@ void TestModemQuery::readsBothStores()
     bench.modem.answers["AT+CPMS=\"ME\""] = ok("+CPMS: 1,99,1,20,1,99");
     bench.modem.answers["AT+CPMS=\"SM\""] = ok("+CPMS: 1,20,1,20,1,99");
     bench.modem.answers["AT+CMGL=4"] = ok(entry(3, message(QStringLiteral("one "), "00037B0201")));
+    const QByteArray inCard = bench.modem.answers["AT+CMGL=4"];
     bench.modem.onCommand = [&](const QByteArray &command) {
         if (command == "AT+CPMS=\"ME\"")
             bench.modem.answers["AT+CMGL=4"]
                 = ok(entry(3, message(QStringLiteral("two"), "00037B0202")));
+        if (command == "AT+CPMS=\"SM\"")
+            bench.modem.answers["AT+CMGL=4"] = inCard;
     };
     QVERIFY(bench.open());
     QList<AtModem::SSms> list;
+    QVERIFY(bench.driver.readMessages(list));
+    QCOMPARE(list.size(), 1);
+    QCOMPARE(bench.asked().last(), QByteArray("AT+CPMS=\"SM\"")); // as the modem had it
+    const int asked = bench.asked().size();
     QVERIFY(bench.driver.takeMessages(list));
     QCOMPARE(written(list),
         QStringList(QStringLiteral("%1 +79168999100 one two").arg(QLatin1String(NOON_TEXT))));
-    QCOMPARE(bench.asked().mid(2),
+    QCOMPARE(bench.asked().mid(asked + 2),
         QList<QByteArray>({"AT+CMGL=4", "AT+CPMS=\"ME\"", "AT+CMGL=4", "AT+CPMS=\"SM\"",
             "AT+CMGD=3", "AT+CPMS=\"ME\"", "AT+CMGD=3", "AT+CPMS=\"SM\""}));
 }
