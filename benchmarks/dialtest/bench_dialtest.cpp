@@ -4,6 +4,7 @@
 
 #include "loggermanager.h"
 #include "modemswidget.h"
+#include "testdialwidget.h"
 #include "wvdial.h"
 
 #include <QApplication>
@@ -47,9 +48,11 @@ int main(int argc, char **argv)
     ModemsWidget page;
     page.resize(800, 500);
     page.show();
-    auto *log = page.findChild<QTextBrowser *>(QStringLiteral("tbLog"));
-    auto *dial = page.findChild<QPushButton *>(QStringLiteral("cbDial"));
-    auto *stop = page.findChild<QPushButton *>(QStringLiteral("pbStop"));
+    // Another page has a log of the same name.
+    const auto *dialPage = page.findChild<TestDialWidget *>(QStringLiteral("pageDial"));
+    auto *log = dialPage->findChild<QTextBrowser *>(QStringLiteral("tbLog"));
+    auto *dial = dialPage->findChild<QPushButton *>(QStringLiteral("cbDial"));
+    auto *stop = dialPage->findChild<QPushButton *>(QStringLiteral("pbStop"));
 
     std::vector<qint64> taken;
     for (int round = 0; round < kRounds; ++round) {
