@@ -1,4 +1,4 @@
-#include "systemtest.h"
+#include "scenarios.h"
 #include "testdealerroot.h"
 
 #include <QCoreApplication>
@@ -20,10 +20,12 @@ void startWalk()
 {
     technician.reset(QThread::create([] {
         const auto arguments = QCoreApplication::arguments();
-        if (!SystemTest(arguments.value(2)).walk(arguments.value(1))) {
+        const auto walk = walkThrough(arguments.value(1));
+        if (!walk) {
             std::fputs("there is no such scenario\n", stderr);
             std::_Exit(2);
         }
+        walk(arguments.value(2));
     }));
     technician->start();
 }

@@ -1,0 +1,16 @@
+#pragma once
+
+#include "technician.h"
+
+/** Dials that fail, after which another one connects. */
+class Failures : public Technician
+{
+public:
+    using Technician::Technician;
+
+    void refused();
+    void unplugged();
+
+private:
+    void isRefused(const QString &fault, const QString &told);
+};

@@ -1,0 +1,31 @@
+#include "scenarios.h"
+
+#include "connections.h"
+#include "failures.h"
+#include "searches.h"
+
+#include <QMap>
+
+namespace {
+
+using Walk = std::function<void(const QString &)>;
+
+template <typename Group>
+Walk of(void (Group::*walk)())
+{
+    return [walk](const QString &pictures) { (Group(pictures).*walk)(); };
+}
+
+} // namespace
+
+Walk walkThrough(const QString &scenario)
+{
+    static const QMap<QString, Walk> all{
+        {QStringLiteral("dial"), of(&Connections::dial)},
+        {QStringLiteral("takeover"), of(&Connections::takeover)},
+        {QStringLiteral("search"), of(&Searches::search)},
+        {QStringLiteral("refused"), of(&Failures::refused)},
+        {QStringLiteral("unplugged"), of(&Failures::unplugged)},
+    };
+    return all.value(scenario);
+}

@@ -1,0 +1,12 @@
+#pragma once
+
+#include "technician.h"
+
+/** Looking for modems. */
+class Searches : public Technician
+{
+public:
+    using Technician::Technician;
+
+    void search();
+};
