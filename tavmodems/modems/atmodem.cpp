@@ -255,12 +255,20 @@ bool AtModem::getSignalLevel(int &level)
 
 bool AtModem::takeMessages(QList<SSms> &list)
 {
+    return takeMessages([&list](const QList<SSms> &messages) {
+        list = messages;
+        return true;
+    });
+}
+
+bool AtModem::takeMessages(const std::function<bool(const QList<SSms> &)> &keep)
+{
     QList<SmsMessage> messages;
     SmsStorage storage(m_d->session);
     if (!m_d->session.begin() || !storage.read(messages))
         return false;
-    list = delivered(messages);
-    storage.remove(messages);
+    if (keep(delivered(messages)))
+        storage.remove(messages);
     return true;
 }
 

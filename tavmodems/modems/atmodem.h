@@ -12,6 +12,7 @@
 
 #include <atomic>
 #include <chrono>
+#include <functional>
 #include <memory>
 
 /**
@@ -142,6 +143,9 @@ public:
      * a modem may have, and 5 s to delete each.
      */
     bool takeMessages(QList<SSms> &list);
+    /** Gives the messages that were read to `keep` before any is deleted; when it answers false,
+     * all stay on the modem. Otherwise the same. */
+    bool takeMessages(const std::function<bool(const QList<SSms> &)> &keep);
     /** The same without deleting anything. The modem notes that they have been read. */
     bool readMessages(QList<SSms> &list);
 

@@ -28,6 +28,7 @@ void catchSignals()
     action.sa_handler = endWork;
     for (const int number : {SIGINT, SIGTERM, SIGHUP})
         ::sigaction(number, &action, nullptr);
+    ::signal(SIGPIPE, SIG_IGN); // writing fails then, and is told
 }
 
 bool write(FILE *file, const QByteArray &bytes)
@@ -44,21 +45,15 @@ int fail(ExitStatus status, const QString &error)
 
 int run(const CommandLine &commandLine)
 {
-    ModemCommand command(commandLine, &theAbort);
+    ModemCommand command(
+        commandLine, &theAbort, [](const QByteArray &answer) { return write(stdout, answer); });
     const ExitStatus status = command.run();
     if (theSignal != 0 && status != ExitStatus::Done)
         return 128 + theSignal; // as a shell would tell of it
     const QStringList notes = command.notes();
     for (const QString &note : notes)
         fail(status, note);
-    if (status != ExitStatus::Done)
-        return fail(status, command.error());
-    const QByteArray answer = commandLine.json
-        ? command.json().toJson(QJsonDocument::Compact) + '\n'
-        : command.text().toUtf8();
-    if (!write(stdout, answer))
-        return fail(ExitStatus::Refused, QStringLiteral("The answer cannot be written."));
-    return 0;
+    return status == ExitStatus::Done ? 0 : fail(status, command.error());
 }
 
 } // namespace

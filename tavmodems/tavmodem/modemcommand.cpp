@@ -124,13 +124,29 @@ QString inLine(const QVariant &value)
 
 } // namespace
 
-ModemCommand::ModemCommand(CommandLine commandLine, const std::atomic<bool> *abort)
+ModemCommand::ModemCommand(CommandLine commandLine, const std::atomic<bool> *abort, Deliver deliver)
     : m_commandLine(std::move(commandLine))
     , m_abort(abort)
+    , m_deliver(std::move(deliver))
 {
 }
 
 ExitStatus ModemCommand::run()
+{
+    const ExitStatus status = ask();
+    return status == ExitStatus::Done && !m_isDelivered ? deliver() : status;
+}
+
+ExitStatus ModemCommand::deliver()
+{
+    m_isDelivered = m_deliver(
+        m_commandLine.json ? m_json.toJson(QJsonDocument::Compact) + '\n' : m_text.toUtf8());
+    return m_isDelivered
+        ? ExitStatus::Done
+        : fail(ExitStatus::Refused, QStringLiteral("The answer cannot be written."));
+}
+
+ExitStatus ModemCommand::ask()
 {
     using Command = CommandLine::Command;
     if (m_commandLine.command == Command::List)
@@ -297,12 +313,28 @@ ExitStatus ModemCommand::ussd(AtModem &modem)
 ExitStatus ModemCommand::sms(AtModem &modem)
 {
     QList<AtModem::SSms> messages;
-    if (!(m_commandLine.take ? modem.takeMessages(messages) : modem.readMessages(messages)))
+    if (!m_commandLine.take) {
+        if (!modem.readMessages(messages))
+            return fail(modem);
+        show(messages);
+        return ExitStatus::Done;
+    }
+    ExitStatus delivered = ExitStatus::Done;
+    if (!modem.takeMessages([&](const QList<AtModem::SSms> &read) {
+            show(read);
+            delivered = deliver();
+            return m_isDelivered;
+        }))
         return fail(modem);
-    if (!modem.lastError().isEmpty()) // read, but not all deleted
+    if (m_isDelivered && !modem.lastError().isEmpty()) // read, but not all deleted
         m_notes << modem.lastError();
+    return delivered;
+}
+
+void ModemCommand::show(const QList<AtModem::SSms> &messages)
+{
     QJsonArray all;
-    for (const AtModem::SSms &message : qAsConst(messages)) {
+    for (const AtModem::SSms &message : messages) {
         const QString time = isoText(message.time);
         all << QJsonObject{{QStringLiteral("time"), time.isEmpty() ? QJsonValue() : time},
             {QStringLiteral("sender"), message.sender}, {QStringLiteral("text"), message.text}};
@@ -314,7 +346,6 @@ ExitStatus ModemCommand::sms(AtModem &modem)
     if (messages.isEmpty())
         m_text = QStringLiteral("No messages.\n");
     m_json = QJsonDocument(all);
-    return ExitStatus::Done;
 }
 
 ExitStatus ModemCommand::modemOnly(AtModem &modem)

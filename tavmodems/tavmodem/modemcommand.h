@@ -8,6 +8,7 @@
 #include <QStringList>
 
 #include <atomic>
+#include <functional>
 
 class OperatorData;
 struct FoundModem;
@@ -25,20 +26,23 @@ enum class ExitStatus {
 class ModemCommand
 {
 public:
-    /** While `*abort` is true run() fails as soon as it can; it outlives this object. */
-    ModemCommand(CommandLine commandLine, const std::atomic<bool> *abort);
+    /** Takes the answer, in the form that the command line asks for; false when it is lost. */
+    using Deliver = std::function<bool(const QByteArray &)>;
 
+    /** While `*abort` is true run() fails as soon as it can; it outlives this object. */
+    ModemCommand(CommandLine commandLine, const std::atomic<bool> *abort, Deliver deliver);
+
+    /** Done once the answer is delivered; what it then no longer needs is deleted after that. */
     ExitStatus run();
 
-    /** After Done: the answer in either form; the text ends its lines. */
-    QJsonDocument json() const { return m_json; }
-    QString text() const { return m_text; }
     /** What went wrong, a sentence; empty after Done. */
     QString error() const { return m_error; }
     /** What the user should know beside the answer, a sentence each. */
     QStringList notes() const { return m_notes; }
 
 private:
+    ExitStatus ask();
+    ExitStatus deliver();
     ExitStatus list();
     ExitStatus info(AtModem &modem);
     ExitStatus cells(AtModem &modem);
@@ -47,6 +51,7 @@ private:
     ExitStatus number(AtModem &modem);
     ExitStatus ussd(AtModem &modem);
     ExitStatus sms(AtModem &modem);
+    void show(const QList<AtModem::SSms> &messages);
     ExitStatus modemOnly(AtModem &modem);
 
     ExitStatus search(QList<FoundModem> &modems);
@@ -57,7 +62,9 @@ private:
 
     CommandLine m_commandLine;
     const std::atomic<bool> *const m_abort; // the caller's
-    QJsonDocument m_json;
+    const Deliver m_deliver;
+    bool m_isDelivered = false;
+    QJsonDocument m_json; // the answer in either form; the text ends its lines
     QString m_text;
     QString m_error;
     QStringList m_notes;

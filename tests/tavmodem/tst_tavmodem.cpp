@@ -12,11 +12,14 @@
 
 #include <cerrno>
 #include <csignal>
+#include <functional>
 #include <memory>
+#include <utility>
 
 #include <fcntl.h>
 #include <sys/ioctl.h>
 #include <sys/types.h>
+#include <unistd.h>
 
 /** The program as a shell runs it, in a terminal whose modems and locks are its own. */
 class TestTavmodem : public QObject
@@ -54,6 +57,8 @@ private slots:
     void endsASearchWhenTold();
     void doesNotSteerTheTerminal();
     void saysWhenItCannotWrite();
+    void keepsMessagesThatItCannotWrite_data();
+    void keepsMessagesThatItCannotWrite();
     void showsTheTalkWhenAsked();
     void tellsOfItself();
     void isDocumentedWhole();
@@ -108,6 +113,24 @@ Ended runOn(const QString &port, const QStringList &arguments)
     return run(QStringList({QStringLiteral("--port"), port}) + arguments);
 }
 
+using Output = std::function<void()>;
+
+// Its standard output is made by a function that runs in the child.
+class WritingElsewhere : public QProcess
+{
+public:
+    explicit WritingElsewhere(Output output)
+        : m_output(std::move(output))
+    {
+    }
+
+protected:
+    void setupChildProcess() override { m_output(); }
+
+private:
+    const Output m_output;
+};
+
 QStringList words(const char *text)
 {
     return QString::fromUtf8(text).split(QLatin1Char(' '));
@@ -161,6 +184,8 @@ QStringList lockFiles()
 }
 
 } // namespace
+
+Q_DECLARE_METATYPE(Output)
 
 void TestTavmodem::answersInJson_data()
 {
@@ -700,6 +725,40 @@ void TestTavmodem::saysWhenItCannotWrite()
     QVERIFY(finish(process, ended));
     QVERIFY2(isOneLine(ended), ended.error.constData());
     QCOMPARE(ended.status, 1);
+}
+
+void TestTavmodem::keepsMessagesThatItCannotWrite_data()
+{
+    QTest::addColumn<Output>("output");
+    QTest::newRow("full disk") << Output([] { ::dup2(::open("/dev/full", O_WRONLY), 1); });
+    QTest::newRow("closed") << Output([] { ::close(1); });
+    QTest::newRow("nobody reads") << Output([] {
+        int ends[2];
+        if (::pipe(ends) == 0) {
+            ::dup2(ends[1], 1);
+            ::close(ends[0]);
+        }
+    });
+}
+
+void TestTavmodem::keepsMessagesThatItCannotWrite()
+{
+    QFETCH(Output, output);
+    FullModem modem;
+    modem.start();
+    for (const char *form : {"sms --take", "--json sms --take"}) {
+        WritingElsewhere process(output);
+        prepare(process, QStringList{QStringLiteral("--port"), modem.path()} + words(form));
+        process.start();
+        Ended ended;
+        QVERIFY(finish(process, ended));
+        QCOMPARE(ended.status, 1);
+        QVERIFY2(isOneLine(ended), ended.error.constData());
+        QVERIFY(modem.commands().contains("AT+CMGL=4"));
+        QVERIFY(!modem.commands().contains("AT+CMGD=3"));
+    }
+    QCOMPARE(runOn(modem.path(), words("sms --take")).status, 0);
+    QVERIFY(modem.commands().contains("AT+CMGD=3"));
 }
 
 void TestTavmodem::showsTheTalkWhenAsked()
