@@ -14,6 +14,21 @@ constexpr int rowHeight = 60;
 constexpr int quietTime = 5000; // ms without output until the buttons come back
 constexpr int floodSize = 20000; // characters in the log
 constexpr int slowInsert = 50; // ms
+constexpr int pieceLines = 500; // to insert a piece takes time by the square of its lines
+constexpr int pieceSize = 10000; // characters, up to the next line end
+constexpr int turnTime = 20; // ms: how long the log may keep one turn of the event loop
+
+// How much of the text to insert at once: whole lines where there are any.
+int sizeOfPiece(const QString &text)
+{
+    int end = 0;
+    for (int lines = 0; lines < pieceLines && end < pieceSize; ++lines) {
+        end = text.indexOf(QLatin1Char('\n'), end) + 1;
+        if (end == 0)
+            return text.size();
+    }
+    return end;
+}
 
 // Only Yes is offered, but a box with one button takes it for the answer to Escape and to closing
 // as well: here both decline, and Return alone does not agree.
@@ -132,16 +147,22 @@ void EthernetWidget::showLog(const QString &text)
 // The pane lays out a paragraph anew for each piece that is added to it, and looks for the end of a
 // word in all of it for each line: a command that prints a lot without a line end would hang the
 // page. So a flood is broken anywhere, and what comes while the pane is slow is added in one piece.
+// Many lines are laid out one by one instead: they follow from the event loop, in one share a turn.
 void EthernetWidget::showUnshownLog()
 {
     QElapsedTimer time;
     time.start();
     if (ui->tbLog->document()->characterCount() + m_unshownLog.size() > floodSize)
         ui->tbLog->setWordWrapMode(QTextOption::WrapAnywhere);
-    ui->tbLog->insertPlainText(m_unshownLog);
+    do {
+        const int size = sizeOfPiece(m_unshownLog);
+        ui->tbLog->insertPlainText(m_unshownLog.left(size));
+        m_unshownLog.remove(0, size);
+    } while (!m_unshownLog.isEmpty() && time.elapsed() < turnTime);
     ui->tbLog->ensureCursorVisible();
-    m_unshownLog.clear();
-    if (time.elapsed() > slowInsert)
+    if (!m_unshownLog.isEmpty())
+        m_logPause.start(0);
+    else if (time.elapsed() > slowInsert)
         m_logPause.start(static_cast<int>(time.elapsed()));
 }
 

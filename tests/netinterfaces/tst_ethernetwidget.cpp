@@ -19,6 +19,7 @@
 #include <QTranslator>
 #include <QtTest>
 
+#include <ctime>
 #include <functional>
 
 namespace {
@@ -51,6 +52,15 @@ void whenAsked(const std::function<void(QMessageBox *)> &answer)
         }
     });
     timer->start(1);
+}
+
+// What this thread has computed, in ns: on a busy machine it is not the clock that tells of a
+// stall.
+qint64 workOfThisThread()
+{
+    timespec time{};
+    clock_gettime(CLOCK_THREAD_CPUTIME_ID, &time);
+    return time.tv_sec * Q_INT64_C(1'000'000'000) + time.tv_nsec;
 }
 
 void sayYes(QMessageBox *box)
@@ -540,6 +550,28 @@ private slots:
         page.apply();
         QCOMPARE(log(page)->toPlainText(), QString());
         QCOMPARE(log(page)->wordWrapMode(), QTextOption::WrapAtWordBoundaryOrAnywhere);
+    }
+
+    void aFloodOfShortLinesLeavesTheWindowAlive()
+    {
+        constexpr int lines = 131072; // a quarter of a megabyte
+        EthernetWidget page(new QuickConfigurator({}, path()), nullptr);
+        show(page);
+        qint64 longest = 0; // ns of work without a turn of the event loop
+        qint64 turn = workOfThisThread();
+        QTimer turns;
+        QObject::connect(&turns, &QTimer::timeout, &page, [&] {
+            const qint64 now = workOfThisThread();
+            longest = qMax(longest, now - turn);
+            turn = now;
+        });
+        turns.start(0);
+        page.showLog(s("x\n").repeated(lines));
+        QTRY_COMPARE_WITH_TIMEOUT(log(page)->document()->blockCount(), lines + 1, 100000);
+        QVERIFY2(longest < 100'000'000, qPrintable(QString::number(longest)));
+        QCOMPARE(log(page)->document()->characterCount(), 2 * lines + 1);
+        const QScrollBar *const bar = log(page)->verticalScrollBar();
+        QVERIFY(bar->maximum() - bar->value() < bar->pageStep());
     }
 
     void theLogIsPlainText()
