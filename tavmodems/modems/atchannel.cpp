@@ -117,6 +117,7 @@ AtReply AtChannel::exchange(const QByteArray &bytes, const QByteArray &command,
     const QDeadlineTimer deadline(limit);
     m_shown = 0;
     skipOldInput(deadline);
+    m_lines.endText();
     m_secret = secret;
     qCDebug(AT_MODEM).noquote() << m_name << "->" << atsecrets::masked(command);
     if (!write(bytes, deadline))

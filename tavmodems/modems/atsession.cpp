@@ -28,6 +28,7 @@ void AtSession::close()
     dialect = nullptr;
     identity = {};
     ussdForm.reset();
+    isUssdPending = false;
     forgetSettings();
 }
 

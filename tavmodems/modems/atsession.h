@@ -64,6 +64,8 @@ public:
     QList<QByteArray> cellReports;
     /** In which form the modem has taken a USSD request since the port was opened. */
     std::optional<UssdForm> ussdForm;
+    /** Whether the network may still answer a USSD request that was given up. */
+    bool isUssdPending = false;
     /** AtModem::setAbortFlag(): the caller's, or null. */
     const std::atomic<bool> *abortFlag = nullptr;
 

@@ -19,6 +19,11 @@ namespace {
 constexpr milliseconds kSetting = 1s;
 // Silence after which a text that does not show its end is taken to have ended.
 constexpr milliseconds kQuiet = 300ms;
+// Silence after which no answer to a request that was given up is taken to be under way.
+constexpr milliseconds kSettled = 500ms;
+constexpr milliseconds kSettling = 2s;
+// A text has 160 octets (23.038 5); a modem that sends ever more lines is not listened to for ever.
+constexpr int kMostLines = 1000;
 
 // What a modem says to a text in a form that it does not take, 27.007 9.2.1: not allowed, not
 // supported, not text at all, wrong parameters, unknown; or ERROR and no more.
@@ -63,6 +68,8 @@ bool UssdSession::request(const QString &code, QString &answer)
                                  .arg(onelinetext::cleaned(code)));
     if (!m_session.isPlainCharset && !choosePlainCharset())
         return false;
+    if (m_session.isUssdPending && !settle())
+        return false;
     const QDeadlineTimer deadline(m_limit);
     for (const UssdForm form : forms) {
         bool isFormRefused = !commands.contains(form);
@@ -95,6 +102,8 @@ bool UssdSession::exchange(
 {
     const AtReply reply = m_session.ask(command, remaining(deadline));
     isFormRefused = isAboutForm(reply);
+    if (reply.isLost())
+        callOff();
     if (!reply.isOk())
         return m_session.failAnswer(reply, QStringLiteral("The USSD request was refused"));
     // The network's text comes before the OK or behind it.
@@ -107,7 +116,7 @@ bool UssdSession::exchange(
         if (more.status == AtReply::Status::PortGone)
             return false;
         lines += without(more.unsolicited, command);
-        if (more.isOk() && !deadline.hasExpired())
+        if (more.isOk() && !deadline.hasExpired() && lines.size() < kMostLines)
             continue;
         if (!received || received->status == UssdAnswer::Status::ReplyWanted)
             callOff();
@@ -124,8 +133,22 @@ bool UssdSession::exchange(
     }
 }
 
-// Else the next code would be taken for the reply to this one's menu.
+// Else the next code would be taken for the reply to this one's menu, or this one's late answer for
+// the next one's.
 void UssdSession::callOff()
 {
+    m_session.isUssdPending = true;
     m_session.ask("AT+CUSD=2", kSetting);
+}
+
+// Lets what is still to come of a request that was called off pass.
+bool UssdSession::settle()
+{
+    const QDeadlineTimer deadline(kSettling);
+    AtReply reply;
+    do
+        reply = m_session.listen(kSettled);
+    while (reply.isOk() && !deadline.hasExpired());
+    m_session.isUssdPending = false;
+    return reply.status != AtReply::Status::PortGone;
 }

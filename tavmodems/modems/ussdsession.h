@@ -21,8 +21,10 @@ public:
 
     /**
      * Sends a code and waits for the network's text; then whatever the network still waits for is
-     * called off. Written in the dialect's first form, and in its next one when the modem refuses
-     * that. False with the session's error when there is no text.
+     * called off. After a request that was not answered in time, which is called off too, the next
+     * one waits for a moment without an answer to that. Written in the dialect's first form, and in
+     * its next one when the modem refuses that. False with the session's error when there is no
+     * text.
      */
     bool request(const QString &code, QString &answer);
 
@@ -31,6 +33,7 @@ private:
     bool exchange(const QByteArray &command, const QDeadlineTimer &deadline, QString &answer,
         bool &isFormRefused);
     void callOff();
+    bool settle();
 
     AtSession &m_session;
     const std::chrono::milliseconds m_limit;

@@ -4,6 +4,7 @@
 #include <QFile>
 
 #include <cstdlib>
+#include <utility>
 
 #include <fcntl.h>
 #include <poll.h>
@@ -90,7 +91,9 @@ void ScriptedModem::run()
         const bool talks = !endless.isEmpty();
         pollfd files[2] = {{m_wake[0], POLLIN, 0},
             {master, static_cast<short>(POLLIN | (talks ? POLLOUT : 0)), 0}};
-        ::poll(files, 2, -1);
+        const int ready = ::poll(files, 2, m_later.isEmpty() ? -1 : 100);
+        if (ready == 0)
+            say(std::exchange(m_later, {}));
         if (files[0].revents != 0)
             break;
         char bytes[256];
@@ -160,6 +163,7 @@ void ScriptedModem::answer(const QByteArray &command)
         say("\r\n> ");
         return;
     }
+    say(std::exchange(m_later, later.value(command)));
     say(answerToAll.isEmpty() ? answers.value(command, "\r\nERROR\r\n") : answerToAll);
 }
 

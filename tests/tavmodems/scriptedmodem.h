@@ -33,6 +33,7 @@ public:
     QByteArray hangUpOn; ///< the command, or text, at which the port vanishes
     int hangUpAt = 0; ///< the same by its number among commands(), counted from 1
     QMap<QByteArray, QByteArray> answers; ///< unknown commands get ERROR, "" no answer
+    QMap<QByteArray, QByteArray> later; ///< comes after the answer: 0.1 s, or before the next one
     std::function<void(const QByteArray &)> onCommand; ///< in the modem's thread
 
     void start();
@@ -56,6 +57,7 @@ private:
     int m_wake[2] = {-1, -1};
     QString m_path;
     QByteArray m_line;
+    QByteArray m_later;
     bool m_hearsText = false;
     qint64 m_lastHeard = 0;
     mutable std::mutex m_mutex;

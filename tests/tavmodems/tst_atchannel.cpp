@@ -128,6 +128,11 @@ void TestAtChannel::cutsLines_data()
     QTest::newRow("blanks around") << QByteArray("\r\n OK \t\r\n") << Lines{"OK"};
     QTest::newRow("NUL bytes") << QByteArray("\0\0\r\nO\0K\r\n", 9) << Lines{"OK"};
     QTest::newRow("two lines") << QByteArray("a\r\nb\r\n") << Lines{"a", "b"};
+    QTest::newRow("text of the network, its lines as they are")
+        << QByteArray("\r\n+CUSD: 0,\"a\r\n\r\n b \r\n\",15\r\n\r\nOK\r\n")
+        << Lines{"+CUSD: 0,\"a", "", " b ", "\",15", "OK"};
+    QTest::newRow("text in one line")
+        << QByteArray("+CUSD: 0,\"a\",15\r\n\r\nOK\r\n") << Lines{"+CUSD: 0,\"a\",15", "OK"};
     QTest::newRow("unfinished") << QByteArray("\r\nOK") << Lines();
     QTest::newRow("nothing") << QByteArray() << Lines();
 }

@@ -40,6 +40,10 @@ private slots:
     void waitsForTheEndOfAText();
     void callsOffAMenu();
     void isNotFooledByALateAnswer();
+    void doesNotTakeALateAnswerForTheNext_data();
+    void doesNotTakeALateAnswerForTheNext();
+    void doesNotListenForEver_data();
+    void doesNotListenForEver();
     void takesMessages_data();
     void takesMessages();
     void readsEverythingBeforeItDeletes();
@@ -667,6 +671,17 @@ void TestModemQuery::sendsUssd_data()
         "Balans 5 rub\nTarif: X\nBye");
     good("several lines before OK", line("+CUSD: 0,\"Balans 5 rub\nTarif: X\",15") + ok(),
         "Balans 5 rub\nTarif: X");
+    good("empty lines behind OK",
+        ok() + line("+CUSD: 0,\"Balans 5\r\n\r\n  Tarif: X \r\n\r\n\r\nBye\",15"),
+        "Balans 5\n\n  Tarif: X \n\n\nBye");
+    good("empty lines before OK", line("+CUSD: 0,\"Balans 5\n\nTarif: X\",15") + ok(),
+        "Balans 5\n\nTarif: X");
+    good("empty lines, doubled CR", ok() + line("+CUSD: 0,\"Balans 5\r\r\n\r\r\nTarif: X\",15"),
+        "Balans 5\n\nTarif: X");
+    good("empty lines, CR alone", ok() + line("+CUSD: 0,\"Balans 5\r\rTarif: X\",15"),
+        "Balans 5\n\nTarif: X");
+    good("a lone quote in the text", line("+CUSD: 0,\"Ekran 5\" 1 rub\",15") + ok(),
+        "Ekran 5\" 1 rub");
     good("OK in the middle of the text", line("+CUSD: 0,\"Otvet\nOK\nBalans 5\",15") + ok(),
         "Otvet\nBalans 5");
     good("reports within the text", ok() + line("+CUSD: 0,\"Balans 5\r\n^RSSI:17\r\nTarif X\",15"),
@@ -822,6 +837,63 @@ void TestModemQuery::isNotFooledByALateAnswer()
     int mnc = 0;
     QVERIFY(bench.driver.getMnc(mcc, mnc));
     QCOMPARE(mcc, 250);
+}
+
+void TestModemQuery::doesNotTakeALateAnswerForTheNext_data()
+{
+    QTest::addColumn<QByteArray>("first");
+    QTest::addColumn<QByteArray>("late");
+    const QByteArray text = "\r\n+CUSD: 0,\"Balans 5\",15\r\n";
+    QTest::newRow("a text") << ok() << text;
+    QTest::newRow("the end of the session") << ok() << QByteArray("\r\n+CUSD: 2\r\n");
+    QTest::newRow("the request was not taken either") << QByteArray() << text;
+}
+
+void TestModemQuery::doesNotTakeALateAnswerForTheNext()
+{
+    QFETCH(QByteArray, first);
+    QFETCH(QByteArray, late);
+    Bench bench;
+    bench.modem.answers["AT+CGMI"] = ok("Quectel");
+    bench.modem.answers["AT+CUSD=1,\"*100#\",15"] = first;
+    bench.modem.answers["AT+CUSD=2"] = ok();
+    bench.modem.later["AT+CUSD=2"] = late;
+    bench.modem.answers["AT+CUSD=1,\"*111#\",15"]
+        = ok() + "\r\n+CUSD: 0,\"Vash nomer 79161234567\",15\r\n";
+    QVERIFY(bench.open());
+    QString answer;
+    QVERIFY(!bench.driver.sendUSSD(QStringLiteral("*100#"), answer));
+    QCOMPARE(bench.driver.error(), Error::NoAnswer);
+    QCOMPARE(bench.modem.commands().last(), QByteArray("AT+CUSD=2"));
+    QVERIFY2(bench.driver.sendUSSD(QStringLiteral("*111#"), answer),
+        qPrintable(bench.driver.lastError()));
+    QCOMPARE(answer, QStringLiteral("Vash nomer 79161234567"));
+    // Once is enough.
+    QVERIFY(bench.driver.sendUSSD(QStringLiteral("*111#"), answer));
+    QCOMPARE(bench.modem.commands().count("AT+CUSD=2"), 1);
+}
+
+void TestModemQuery::doesNotListenForEver_data()
+{
+    QTest::addColumn<QByteArray>("text");
+    QTest::newRow("lines without end") << QByteArray("Reklama\r\n");
+    QTest::newRow("empty lines") << QByteArray("\r\n\r\n");
+    QTest::newRow("no line end") << QByteArray("Reklama ");
+}
+
+void TestModemQuery::doesNotListenForEver()
+{
+    QFETCH(QByteArray, text);
+    Bench bench;
+    bench.modem.answers["AT+CUSD=1,\"AA180C3602\",15"]
+        = ok() + "\r\n+CUSD: 0,\"" + text.repeated((1 << 20) / text.size());
+    QVERIFY(bench.open());
+    QElapsedTimer time;
+    time.start();
+    QString answer;
+    QVERIFY(!bench.driver.sendUSSD(QStringLiteral("*100#"), answer));
+    QVERIFY2(time.elapsed() < 10000, qPrintable(QString::number(time.elapsed())));
+    QCOMPARE(answer, QString());
 }
 
 void TestModemQuery::takesMessages_data()
