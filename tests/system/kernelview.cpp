@@ -28,10 +28,16 @@ QString textOf(const sockaddr *address)
 
 QString kernelview::addressOf(const QString &interface)
 {
+    return addressesOf(interface).value(0);
+}
+
+QStringList kernelview::addressesOf(const QString &interface)
+{
     ifaddrs *first = nullptr;
     if (getifaddrs(&first) != 0)
         return {};
     const std::unique_ptr<ifaddrs, decltype(&freeifaddrs)> owner(first, &freeifaddrs);
+    QStringList addresses;
     for (const ifaddrs *each = first; each != nullptr; each = each->ifa_next) {
         if (each->ifa_addr == nullptr || each->ifa_addr->sa_family != AF_INET
             || (each->ifa_flags & IFF_UP) == 0 || interface != QLatin1String(each->ifa_name))
@@ -39,9 +45,9 @@ QString kernelview::addressOf(const QString &interface)
         QString text = textOf(each->ifa_addr);
         if ((each->ifa_flags & IFF_POINTOPOINT) != 0 && each->ifa_dstaddr != nullptr)
             text += QStringLiteral(" peer ") + textOf(each->ifa_dstaddr);
-        return text;
+        addresses.append(text);
     }
-    return {};
+    return addresses;
 }
 
 // proc(5): interface, destination, gateway, flags, ..., mask as the eighth.

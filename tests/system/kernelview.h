@@ -7,6 +7,8 @@ namespace kernelview {
 
 /** "ADDRESS peer PEER" of an interface that is up; empty when it is down or there is none. */
 QString addressOf(const QString &interface);
+/** All that it has. */
+QStringList addressesOf(const QString &interface);
 /** The interface that the default route goes through; empty without one. */
 QString defaultRoute();
 /** Names of all processes, each as often as it runs. */

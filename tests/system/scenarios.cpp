@@ -2,6 +2,7 @@
 
 #include "connections.h"
 #include "failures.h"
+#include "networks.h"
 #include "searches.h"
 
 #include <QMap>
@@ -26,6 +27,7 @@ Walk walkThrough(const QString &scenario)
         {QStringLiteral("search"), of(&Searches::search)},
         {QStringLiteral("refused"), of(&Failures::refused)},
         {QStringLiteral("unplugged"), of(&Failures::unplugged)},
+        {QStringLiteral("network"), of(&Networks::network)},
     };
     return all.value(scenario);
 }

@@ -1,5 +1,6 @@
 #include "guide.h"
 
+#include "networkview.h"
 #include "window.h"
 
 #include <QAbstractButton>
@@ -24,6 +25,8 @@ using window::onGuiThread;
 namespace {
 
 constexpr auto kLookAgainAfter = 50ms;
+// A second before each command that applies the network, and what they take themselves.
+constexpr auto kApplied = 60s; // much more on an emulated processor
 
 void say(const QString &line)
 {
@@ -140,6 +143,33 @@ void Guide::picture(const QString &name)
     if (!taken)
         fail(QStringLiteral("cannot write the picture %1").arg(file));
     say(QStringLiteral("%1: %2").arg(m_pictureNumber).arg(file));
+}
+
+void Guide::startsToApplyTheNetwork()
+{
+    click(QStringLiteral("pbApply"));
+    mustShow(QStringLiteral("the page asks, with one button"), [] {
+        return messageBox() != nullptr && messageBox()->buttons().size() == 1
+            && messageBox()->text()
+            == QLatin1String("The network settings will reconfigures. continue?");
+    });
+    picture(QStringLiteral("network-question"));
+    clickInBox(QStringLiteral("Yes"));
+    mustShow(QStringLiteral("the buttons are out"),
+        [] { return networkview::buttonsAreEnabled(false); });
+}
+
+void Guide::appliesTheNetwork()
+{
+    startsToApplyTheNetwork();
+    mustShow(
+        QStringLiteral("the log shows the restart of the network to its end"),
+        [] {
+            return networkview::log().contains(QLatin1String("Reconfiguring network interfaces..."))
+                && (networkview::log().contains(QLatin1String("done.\n"))
+                    || networkview::log().contains(QLatin1String("failed.\n")));
+        },
+        kApplied);
 }
 
 void Guide::fail(const QString &what)

@@ -39,6 +39,10 @@ protected:
     void choose(const QString &comboBox, const QString &item);
     void type(const QString &lineEdit, const QString &text);
     void picture(const QString &name);
+    /** Presses Apply on the Local network page and agrees. */
+    void startsToApplyTheNetwork();
+    /** Does so and waits until the log shows the end of it. */
+    void appliesTheNetwork();
     /** Tells what was seen apart from the window. */
     static void seen(const QString &what);
     [[noreturn]] void fail(const QString &what);

@@ -1,72 +1,24 @@
+#include "networkview.h"
 #include "tour.h"
 #include "window.h"
 
 #include <QElapsedTimer>
-#include <QGroupBox>
-#include <QLabel>
 #include <QLineEdit>
 #include <QProcess>
-#include <QPushButton>
-#include <QTableView>
-#include <QTextBrowser>
 
 // The part of the tour that goes over the Local network page: an interface nobody has used gets an
 // address, a wrong one is told, and the right one holds.
 
 using namespace std::chrono_literals;
+using namespace networkview;
 using window::find;
-using window::messageBox;
 
 namespace {
 
-// A second before each of four commands, and what they take themselves.
-constexpr auto kApplied = 30s;
 constexpr auto kQuiet = 5s; // until the buttons come back
 
 const QString kBefore = QStringLiteral("eth0"); // in use when the terminal comes up
 const QString kInterface = QStringLiteral("eth1");
-
-QAbstractItemModel *interfaces()
-{
-    return find<QTableView>(QStringLiteral("tvInterfaces"))->model();
-}
-
-QModelIndex rowOf(const QString &name)
-{
-    for (int row = 0; row < interfaces()->rowCount(); ++row) {
-        if (interfaces()->index(row, 1).data().toString() == name)
-            return interfaces()->index(row, 0);
-    }
-    return {};
-}
-
-QPoint placeOf(const QModelIndex &cell)
-{
-    auto *view = find<QTableView>(QStringLiteral("tvInterfaces"));
-    return view->viewport()->mapToGlobal(view->visualRect(cell).center());
-}
-
-bool isShown(const QString &name, bool used)
-{
-    return find<QLabel>(QStringLiteral("lIface"))->text() == name
-        && find<QGroupBox>(QStringLiteral("gbSettings"))->isEnabled() == used;
-}
-
-bool isEdited(const QString &name)
-{
-    return isShown(name, true);
-}
-
-QString log()
-{
-    return find<QTextBrowser>(QStringLiteral("tbLog"))->toPlainText();
-}
-
-bool buttonsAreEnabled(bool enabled)
-{
-    return find<QPushButton>(QStringLiteral("pbApply"))->isEnabled() == enabled
-        && find<QPushButton>(QStringLiteral("pbReload"))->isEnabled() == enabled;
-}
 
 /** What the kernel has, whatever the window shows. */
 QString addressesOf(const QString &name)
@@ -101,6 +53,7 @@ void Tour::configuresTheNetwork()
     type(QStringLiteral("leGateway"), QStringLiteral("10.20.30.1"));
     picture(QStringLiteral("network-static"));
     appliesTheNetwork();
+    waitsForTheButtons();
     mustShow(QStringLiteral("the log says which address cannot be"), [] {
         return log().contains(QLatin1String("300.1.1.1"))
             && log().contains(QLatin1String("failed to bring up eth1"));
@@ -115,6 +68,7 @@ void Tour::configuresTheNetwork()
     mustShow(QStringLiteral("the other one is edited again"), [] { return isEdited(kInterface); });
     type(QStringLiteral("leIP"), QStringLiteral("10.20.30.40"));
     appliesTheNetwork();
+    waitsForTheButtons();
     mustShow(QStringLiteral("the log complains of nothing"), [] {
         return log().contains(QLatin1String("done.\n")) && !log().contains(QLatin1String("failed"));
     });
@@ -137,25 +91,8 @@ void Tour::configuresTheNetwork()
     click(QStringLiteral("pbModems"));
 }
 
-void Tour::appliesTheNetwork()
+void Tour::waitsForTheButtons()
 {
-    click(QStringLiteral("pbApply"));
-    mustShow(QStringLiteral("the page asks, with one button"), [] {
-        return messageBox() != nullptr && messageBox()->buttons().size() == 1
-            && messageBox()->text()
-            == QLatin1String("The network settings will reconfigures. continue?");
-    });
-    picture(QStringLiteral("network-question"));
-    clickInBox(QStringLiteral("Yes"));
-    mustShow(QStringLiteral("the buttons are out"), [] { return buttonsAreEnabled(false); });
-    mustShow(
-        QStringLiteral("the log shows the restart of the network to its end"),
-        [] {
-            return log().contains(QLatin1String("Reconfiguring network interfaces..."))
-                && (log().contains(QLatin1String("done.\n"))
-                    || log().contains(QLatin1String("failed.\n")));
-        },
-        kApplied);
     QElapsedTimer quiet;
     quiet.start();
     mustShow(

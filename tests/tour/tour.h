@@ -28,7 +28,7 @@ private:
     void asks();
     void saves();
     void configuresTheNetwork(); // this and the next in networkpage.cpp
-    void appliesTheNetwork();
+    void waitsForTheButtons();
     void asksBeforeItCloses();
     void savesAndCloses();
     void select(const QString &connection);
