@@ -4,6 +4,7 @@
 #include <QDebug>
 #include <QDir>
 #include <QFile>
+#include <QFileInfo>
 #include <QNetworkConfigurationManager>
 #include <QRegularExpression>
 #include <QTextCodec>
@@ -11,6 +12,11 @@
 #include <QThread>
 
 #include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <fcntl.h>
+#include <unistd.h>
+#include <utility>
 
 namespace {
 
@@ -203,6 +209,8 @@ void EthernetConfigurator::processFinished(int exitCode, QProcess::ExitStatus ex
 {
     Q_UNUSED(exitCode)
     Q_UNUSED(exitStatus)
+    if (std::exchange(m_isCopying, false))
+        flushToDisk();
     // The commands have changed what is active, and the manager looks only every ten seconds.
     if (m_commands.isEmpty() && m_manager)
         lookAgain(*m_manager);
@@ -243,6 +251,11 @@ void EthernetConfigurator::startProcessing()
     if (m_process->state() == QProcess::NotRunning) {
         m_errorDecoder.reset(utf8()->makeDecoder());
         m_outputDecoder.reset(utf8()->makeDecoder());
+        // The copy empties the file first. A journal that has nothing else to write meanwhile
+        // writes that together with the new text.
+        m_isCopying = arguments.contains(m_interfacesFile);
+        if (m_isCopying)
+            flushToDisk();
     }
     m_process->start(program, arguments); // refused while a command runs: this one is lost then
 }
@@ -255,6 +268,17 @@ QVector<EthernetConfigurator::Interface> EthernetConfigurator::ethernetInterface
 std::chrono::milliseconds EthernetConfigurator::pauseBeforeCommand() const
 {
     return std::chrono::milliseconds(1000);
+}
+
+void EthernetConfigurator::flushToDisk() const
+{
+    const QString folder = QFileInfo(m_interfacesFile).absolutePath();
+    const int descriptor
+        = open(QFile::encodeName(folder).constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    if (descriptor < 0 || syncfs(descriptor) != 0)
+        qWarning("Not flushed to the disk: %s: %s", qUtf8Printable(folder), std::strerror(errno));
+    if (descriptor >= 0)
+        close(descriptor);
 }
 
 bool EthernetConfigurator::write(

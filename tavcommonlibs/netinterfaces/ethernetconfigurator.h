@@ -40,7 +40,10 @@ public:
 
     /// Writes the settings to "interfaces.tmp" in the temporary directory, then takes all
     /// interfaces down, copies the file into place and restarts the network, each command a second
-    /// after the one before. Does nothing when the temporary file cannot be written. There is no
+    /// after the one before. Once copied, the file is on the disk before anything else happens; a
+    /// power cut leaves the old file or the new one, unless it comes in the moment of copying and
+    /// another program has its own data written to the same disk in that very moment.
+    /// Does nothing when the temporary file cannot be written. There is no
     /// sign of the end but the commands' output; the list of interfaces is fresh a moment later.
     /// Called while a command still runs, the new first command is lost.
     ///
@@ -69,6 +72,8 @@ protected:
     /// The system's wired interfaces in the system's order; a name may occur twice.
     virtual QVector<Interface> ethernetInterfaces() const;
     virtual std::chrono::milliseconds pauseBeforeCommand() const;
+    /// Blocks until the file system of the interfaces file has all of itself on its disk.
+    virtual void flushToDisk() const;
 
 private:
     bool write(const QString &path, const QHash<QString, InterfaceSettings> &settings) const;
@@ -77,6 +82,7 @@ private:
     QPointer<QNetworkConfigurationManager> m_manager; // child of this
     QPointer<QProcess> m_process; // child of this
     QStringList m_commands; // the head is started next
+    bool m_isCopying = false;
     // A character may come in two pieces, and each channel has its own.
     std::unique_ptr<QTextDecoder> m_errorDecoder;
     std::unique_ptr<QTextDecoder> m_outputDecoder;

@@ -5,7 +5,8 @@
 #include <functional>
 
 /// A configurator whose interfaces the test names, which reads the file it is given, does not wait
-/// before each command, and calls the test at the beginning of each such pause.
+/// before each command, and calls the test at the beginning of each such pause and instead of
+/// flushing to the disk.
 class QuickConfigurator : public EthernetConfigurator
 {
 public:
@@ -22,6 +23,7 @@ public:
     QVector<QPair<QString, bool>> interfaces;
     std::chrono::milliseconds pause{0};
     std::function<void()> atPause = [] {};
+    std::function<void()> atFlush = [] {};
 
 protected:
     QVector<QPair<QString, bool>> ethernetInterfaces() const override { return interfaces; }
@@ -30,6 +32,7 @@ protected:
         atPause();
         return pause;
     }
+    void flushToDisk() const override { atFlush(); }
 };
 
 using SettingsMap = QHash<QString, InterfaceSettings>;

@@ -98,6 +98,39 @@ private slots:
         QCOMPARE(sudo.calls(), (QStringList{copyCall(s("/etc/network/interfaces")), restart}));
     }
 
+    // A file that the power is cut in is not seen half written as long as nothing of it is on the
+    // disk: what else waits to get there goes before, and the whole file goes right after.
+    void theCopyGetsToTheDiskWhole()
+    {
+        const FakeSudo sudo("[ \"$1\" != cp ] || cp \"$2\" \"$3\"");
+        QTemporaryDir box;
+        const QString target = box.filePath(s("interfaces"));
+        QuickConfigurator configurator({s("eth0")}, target);
+        QStringList events;
+        configurator.atFlush = [&] {
+            events
+                += sudo.calls().isEmpty() ? QString() : sudo.calls().last().section(s("]"), 0, 0);
+            events += QFile::exists(target) ? s("copied") : s("not copied");
+        };
+        configurator.applySettings({});
+        waitForEnd(configurator, sudo);
+        QCOMPARE(events, (QStringList{s("[ifconfig"), s("not copied"), s("[cp"), s("copied")}));
+    }
+
+    void itIsTheTargetsDiskThatIsFlushed()
+    {
+        class FlushingConfigurator : public EthernetConfigurator
+        {
+        public:
+            using EthernetConfigurator::EthernetConfigurator;
+            void flush() const { flushToDisk(); }
+        };
+        QTemporaryDir box;
+        FlushingConfigurator(nullptr, box.filePath(s("interfaces"))).flush(); // silent
+        QTest::ignoreMessage(QtWarningMsg, QRegularExpression(s("gone.*No such file")));
+        FlushingConfigurator(nullptr, box.filePath(s("gone/interfaces"))).flush();
+    }
+
     void nothingToConfigureStillRuns()
     {
         const FakeSudo sudo;
