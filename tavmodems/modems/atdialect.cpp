@@ -37,10 +37,11 @@ const QList<AtDialect> &allDialects()
         // +UREG: changes of the packet service.
         {QStringLiteral("u-blox"), {QStringLiteral("u-blox"), QStringLiteral("ublox")}, QString(),
             {"AT+UREG=0"}, {UssdForm::Plain}, "AT+CCID", {}, {}},
+        // ^SCID: the first of the line knew nothing else, and the later ones still do.
         {QStringLiteral("Cinterion"),
             {QStringLiteral("cinterion"), QStringLiteral("siemens"), QStringLiteral("gemalto"),
                 QStringLiteral("thales")},
-            QString(), {}, {UssdForm::Plain}, "AT+CCID", {}, {}},
+            QString(), {}, {UssdForm::Plain}, "AT^SCID", {}, {}},
         {QStringLiteral("generic 3GPP"), {}, QString(), {}, {UssdForm::Plain, UssdForm::PackedHex},
             "AT+CCID", {}, {}},
     };

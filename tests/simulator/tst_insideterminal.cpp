@@ -177,7 +177,7 @@ void TestInsideTerminal::initTestCase()
         QStringList({QStringLiteral("huawei"), QStringLiteral("zte"), QStringLiteral("simcom"),
             QStringLiteral("quectel"), QStringLiteral("generic"), QStringLiteral("e3372"),
             QStringLiteral("mf823"), QStringLiteral("telit"), QStringLiteral("ublox"),
-            QStringLiteral("sierra")}));
+            QStringLiteral("sierra"), QStringLiteral("cinterion")}));
 }
 
 // Every test finds the terminal as it came up.
@@ -236,13 +236,14 @@ void TestInsideTerminal::portsHaveTheirIdentity_data()
         row(port, 0x0403, 0x6010, "FTDI");
     for (const char *port : {"ttyUSB24", "ttyUSB25", "ttyUSB26"})
         row(port, 0x1199, 0x68c0, "Sierra Wireless  Incorporated");
+    row("ttyUSB27", 0x067b, 0x2303, "Prolific Technology Inc.");
 }
 
 void TestInsideTerminal::portsHaveTheirIdentity()
 {
     QFETCH(QString, port);
     const QMap<QString, QSerialPortInfo> ports = portsByName();
-    QCOMPARE(ports.size(), 27);
+    QCOMPARE(ports.size(), 28);
     const QSerialPortInfo info = ports.value(port);
     QVERIFY(info.hasVendorIdentifier());
     QTEST(info.vendorIdentifier(), "vendor");
@@ -266,6 +267,7 @@ void TestInsideTerminal::everyModemAnswers_data()
     QTest::newRow("telit data") << "ttyUSB20" << QByteArray("LE910-EUG");
     QTest::newRow("ublox") << "ttyUSB22" << QByteArray("SARA-U201");
     QTest::newRow("sierra") << "ttyUSB26" << QByteArray("MC7304");
+    QTest::newRow("cinterion") << "ttyUSB27" << QByteArray("BGS2-W");
 }
 
 void TestInsideTerminal::everyModemAnswers()

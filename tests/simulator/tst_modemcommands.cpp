@@ -206,6 +206,7 @@ void TestModemCommands::sim_data()
     row("ublox", true, "AT+CCID", info("+CCID: " + iccid));
     row("sierra", true, "AT+CNUM", info("+CNUM: \"Line 1\",\"+79161234567\",145"));
     row("sierra", true, "AT!ICCID?", info("!ICCID: " + iccid));
+    row("cinterion-bgs2", true, "AT^SCID", info("^SCID: " + iccid));
 }
 
 void TestModemCommands::sim()

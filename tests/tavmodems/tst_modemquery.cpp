@@ -588,7 +588,7 @@ void TestModemQuery::tellsFacts_data()
     maker("card, Sierra", "Sierra Wireless, Incorporated", "MC7304", "AT+ICCID",
         "ICCID: 8970101234567890123");
     maker("card, u-blox", "u-blox", "SARA-U270", "AT+CCID", "+CCID: 8970101234567890123");
-    maker("card, Cinterion", "Cinterion", "EHS6", "AT+CCID", "+CCID: 8970101234567890123");
+    maker("card, Cinterion", "Cinterion", "BGS2-W", "AT^SCID", "^SCID: 8970101234567890123");
     // 27.007 8.18: the file on the card, digits as they lie there.
     row("card read itself",
         with(generic, {{"AT+CRSM=176,12258,0,0,10", ok("+CRSM: 144,0,\"980701214365870921F3\"")}}),
