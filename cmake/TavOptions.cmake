@@ -31,6 +31,7 @@ endif()
 function(tav_add_library name)
     cmake_parse_arguments(ARG "" "" "SOURCES;USES" ${ARGN})
     add_library(${name} STATIC ${ARG_SOURCES})
+    add_library(tav::${name} ALIAS ${name}) # as it is called where it is installed
     set_target_properties(${name} PROPERTIES AUTOMOC ON AUTOUIC ON AUTORCC ON
         POSITION_INDEPENDENT_CODE ON)
     target_include_directories(${name} PUBLIC

@@ -27,8 +27,8 @@ public:
     void write(QtMsgType type, const QMessageLogContext &context, const QString &text);
 
     /// "category text", with "[thread id]" between where that is not the main thread. Further lines
-    /// of the text are indented, control characters shown as \xNN: a record begins where a line
-    /// begins with a time, whatever was logged.
+    /// of the text are indented, control characters shown in hexadecimal: a record begins where a
+    /// line begins with a time, whatever was logged.
     static QByteArray line(const QMessageLogContext &context, const QString &text);
 
 private:

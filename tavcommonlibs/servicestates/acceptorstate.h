@@ -9,6 +9,7 @@
 class AcceptorState
 {
 public:
+    /// One of them: a value.
     struct Acceptor
     {
         int threadId = 0; ///< by which the service tells its acceptors apart

@@ -14,7 +14,7 @@ struct AtCell
     AtRegistration registration = AtRegistration::Unknown;
     QString area; ///< location or tracking area code: hexadecimal, upper case, at least 4 digits
     QString cell; ///< cell identity, likewise; both empty when the modem does not tell
-    std::optional<int> technology; ///< <AcT> of 3GPP TS 27.007 7.3: 0 GSM, 2 UTRAN, 7 E-UTRAN...
+    std::optional<int> technology; ///< AcT of 3GPP TS 27.007 7.3: 0 GSM, 2 UTRAN, 7 E-UTRAN...
 };
 
 /**

@@ -35,7 +35,7 @@ struct AtOperator
     Mode mode = Mode::Automatic;
     QString name; ///< in the long or the short form; empty when the modem tells the codes, or none
     std::optional<MobileNetwork> network; ///< none when the modem tells the name, or none
-    std::optional<int> technology; ///< <AcT>: 0 GSM, 2 UTRAN, 7 E-UTRAN...
+    std::optional<int> technology; ///< AcT: 0 GSM, 2 UTRAN, 7 E-UTRAN...
 };
 
 /** None when there is no such answer, or it makes no sense. */

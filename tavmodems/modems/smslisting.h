@@ -21,6 +21,7 @@ struct BrokenSms
     QString error;
 };
 
+/** What a modem has told of its messages. */
 struct SmsListing
 {
     QList<StoredSms> messages;
