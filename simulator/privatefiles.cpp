@@ -168,8 +168,12 @@ bool PrivateFiles::fillEtc()
         return fail(QStringLiteral("filling the private /etc"));
     for (const char *directory : {"if-up.d", "if-down.d", "if-pre-up.d", "if-post-down.d"})
         makeDirectory(QStringLiteral("/etc/network/") + QLatin1String(directory));
-    for (const char *directory : {"/etc/ovrel", "/var/lib/ovrel", "/var/log/ovrel"})
+    // The machine may be a terminal itself: its own are there to be read by then.
+    for (const char *directory : {"/etc/ovrel", "/var/lib/ovrel", "/var/log/ovrel"}) {
         makeDirectory(QLatin1String(directory));
+        if (!mountFileSystem("tmpfs", QLatin1String(directory), "mode=755"))
+            return fail(QStringLiteral("making the terminal's directories private"));
+    }
     return true;
 }
 

@@ -113,6 +113,7 @@ private slots:
     void ordinaryUserGetsTheSameTerminal();
     void machineIsOutOfSight();
     void machinesFilesStayAsTheyAre();
+    void machineMayBeATerminalItself();
     void orphansAreReaped();
     void signalsArePassedOn();
     void nothingIsLeftWhenKilled();
@@ -251,6 +252,24 @@ void TestTerminalSim::machinesFilesStayAsTheyAre()
     for (int i = 0; i < files.size(); ++i)
         QVERIFY2(hashOf(files.at(i)) == before.at(i), qPrintable(files.at(i)));
     QCOMPARE(QDir(QStringLiteral("/run/lock")).entryList(), locks);
+}
+
+// Where the tool is installed, or was ever started by root.
+void TestTerminalSim::machineMayBeATerminalItself()
+{
+    QProcess process;
+    process.start(QStringLiteral("unshare"),
+        {QStringLiteral("-Urm"), QStringLiteral("sh"), QStringLiteral("-c"),
+            QStringLiteral("set -e; mount -t tmpfs tmpfs /var/lib; mount -t tmpfs tmpfs /var/log; "
+                           "mkdir -p /var/lib/ovrel/tavbus /var/log/ovrel; "
+                           "echo own >/var/lib/ovrel/own; "
+                           "%1 -- sh -c 'test ! -e /var/lib/ovrel/own && "
+                           "echo simulated >/var/lib/ovrel/new && echo wrote >/var/log/ovrel/new'; "
+                           "ls -R /var/lib/ovrel")
+                .arg(kProgram)});
+    const Outcome outcome = finish(process);
+    QVERIFY2(outcome.status == 0, outcome.error.constData());
+    QCOMPARE(outcome.out, QByteArray("/var/lib/ovrel:\nown\ntavbus\n\n/var/lib/ovrel/tavbus:\n"));
 }
 
 void TestTerminalSim::orphansAreReaped()
