@@ -56,6 +56,8 @@ def pixels(path):
 
 def difference(one, other, ignored=range(0)):
     """The share of pixels that can be told apart; 1 for pictures of two sizes."""
+    if one.read_bytes() == other.read_bytes():
+        return 0.0
     (width, rows), (other_width, other_rows) = pixels(one), pixels(other)
     if (width, len(rows)) != (other_width, len(other_rows)):
         return 1.0

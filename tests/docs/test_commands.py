@@ -65,7 +65,7 @@ class Commands(unittest.TestCase):
                 elif how == "script":
                     word = command.split()[0]
                     text = documents.read(name[0]) + documents.read("scripts/setup.sh")
-                    self.assertIn(word, text)
+                    self.assertTrue(word in text, word)
 
     def test_commands_run(self):
         for command, (how, *_) in runners().items():
@@ -90,7 +90,7 @@ class Commands(unittest.TestCase):
                         continue
                     text = documents.read(script)
                     for option in rest.split():
-                        self.assertIn(option, text)
+                        self.assertTrue(option in text, option)
         self.assertGreater(count, 10)
 
     def test_tests_named_in_texts_are_there(self):

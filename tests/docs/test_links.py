@@ -33,12 +33,12 @@ class Links(unittest.TestCase):
                 if there.suffix == ".md" and there.exists() and there not in reached:
                     new.add(there)
         for document in documents.documents():
-            self.assertIn(TOP / document, reached)
+            self.assertTrue(TOP / document in reached, f"no way leads to {document}")
 
     def test_every_picture_is_shown(self):
         text = "".join(documents.read(document) for document in documents.documents())
         for picture in (TOP / "docs/images").iterdir():
-            self.assertIn(f"docs/images/{picture.name}", text)
+            self.assertTrue(f"docs/images/{picture.name}" in text, picture.name)
 
 
 unittest.main()
