@@ -386,10 +386,10 @@ void TestInsideTerminal::pulledModemEndsTheRead()
 void TestInsideTerminal::pulledModemLeavesTheList()
 {
     m_terminal.unplug(kHuawei).waitForFinished();
-    QCOMPARE(portsByName().size(), 24);
+    QCOMPARE(portsByName().size(), 25);
     QVERIFY(!portsByName().contains(QStringLiteral("ttyUSB0")));
     m_terminal.plug(kHuawei).waitForFinished();
-    QCOMPARE(portsByName().size(), 27);
+    QCOMPARE(portsByName().size(), 28);
     Port modem(QStringLiteral("ttyUSB0"));
     QVERIFY(modem.ask("AT").endsWith("\r\nOK\r\n"));
 }
