@@ -28,8 +28,6 @@ public:
 
     std::optional<QVariant> value(const QVariant &value, int depth)
     {
-        if (depth > kMaxDepth)
-            return {};
         if (value.userType() == qMetaTypeId<QDBusVariant>())
             return this->value(value.value<QDBusVariant>().variant(), depth); // D-Bus allows 64
         if (value.userType() == qMetaTypeId<QDBusArgument>())
@@ -90,7 +88,7 @@ private:
     {
         QVariantList plain;
         plain.reserve(items.size());
-        if (!takes(kCount))
+        if (depth > kMaxDepth || !takes(kCount))
             return {};
         for (const QVariant &item : items) {
             const auto unwrapped = value(item, depth);
@@ -104,7 +102,7 @@ private:
     std::optional<QVariant> map(const QVariantMap &items, int depth)
     {
         QVariantMap plain;
-        if (!takes(kCount))
+        if (depth > kMaxDepth || !takes(kCount))
             return {};
         for (auto it = items.cbegin(); it != items.cend(); ++it) {
             const auto unwrapped
@@ -150,6 +148,130 @@ private:
     qint64 m_left; // bytes
 };
 
+/// Reads what packed() wrote, and only that: QDataStream itself would make room for as many values
+/// as damaged bytes claim, go as deep as they do, and make objects of any type that they name.
+class Unpacker
+{
+public:
+    explicit Unpacker(const QByteArray &bytes)
+        : m_size(static_cast<quint32>(bytes.size()))
+        , m_stream(bytes)
+    {
+        m_stream.setVersion(kPackFormat);
+    }
+
+    std::optional<QVariant> all()
+    {
+        const QVariant value = this->value(0);
+        if (!value.isValid() || m_stream.status() != QDataStream::Ok || !m_stream.atEnd())
+            return {};
+        return value;
+    }
+
+private:
+    // Invalid when it cannot be read.
+    QVariant value(int depth)
+    {
+        quint32 type = QMetaType::UnknownType;
+        qint8 isNull = 0;
+        m_stream >> type >> isNull;
+        switch (type) {
+        case QMetaType::Bool:
+            return take<bool>();
+        case QMetaType::Int:
+            return take<int>();
+        case QMetaType::UInt:
+            return take<uint>();
+        case QMetaType::LongLong:
+            return take<qlonglong>();
+        case QMetaType::ULongLong:
+            return take<qulonglong>();
+        case QMetaType::Double:
+            return take<double>();
+        case QMetaType::QByteArray:
+            return take<QByteArray>();
+        case QMetaType::QString:
+            return take<QString>();
+        case QMetaType::QStringList:
+            return texts();
+        case QMetaType::QVariantList:
+            return list(depth + 1);
+        case QMetaType::QVariantMap:
+            return map(depth + 1);
+        default:
+            return {};
+        }
+    }
+
+    template <typename T>
+    QVariant take()
+    {
+        T value{};
+        m_stream >> value;
+        return m_stream.status() == QDataStream::Ok ? QVariant(value) : QVariant();
+    }
+
+    // False when the bytes cannot hold so many.
+    bool takeCount(quint32 &count)
+    {
+        m_stream >> count;
+        return m_stream.status() == QDataStream::Ok && count <= m_size / kCount;
+    }
+
+    QVariant texts()
+    {
+        quint32 count = 0;
+        if (!takeCount(count))
+            return {};
+        QStringList texts;
+        for (; count > 0; --count) {
+            QString text;
+            m_stream >> text;
+            if (m_stream.status() != QDataStream::Ok)
+                return {};
+            texts.append(text);
+        }
+        return texts;
+    }
+
+    QVariant list(int depth)
+    {
+        quint32 count = 0;
+        if (depth > kMaxDepth || !takeCount(count))
+            return {};
+        QVariantList items;
+        for (; count > 0; --count) {
+            const QVariant item = value(depth);
+            if (!item.isValid())
+                return {};
+            items.append(item);
+        }
+        return items;
+    }
+
+    QVariant map(int depth)
+    {
+        quint32 count = 0;
+        if (depth > kMaxDepth || !takeCount(count))
+            return {};
+        QVariantMap items;
+        for (; count > 0; --count) {
+            QString key;
+            m_stream >> key;
+            const QVariant item = value(depth);
+            if (!item.isValid() || items.contains(key))
+                return {};
+            items.insert(key, item);
+        }
+        return items;
+    }
+
+    static constexpr quint32 kCount = 4; // bytes that the smallest item takes
+
+    const quint32 m_size;
+    QDataStream m_stream;
+};
+
 bool isSane(qint64 stamp)
 {
     return stamp >= kFirstStamp && stamp <= kLastStamp;
@@ -192,13 +314,7 @@ QByteArray packed(const QVariant &value)
 
 std::optional<QVariant> unpacked(const QByteArray &bytes)
 {
-    QDataStream stream(bytes);
-    stream.setVersion(kPackFormat);
-    QVariant value;
-    stream >> value;
-    if (stream.status() != QDataStream::Ok || !stream.atEnd())
-        return {};
-    return value;
+    return Unpacker(bytes).all();
 }
 
 std::optional<QVariantList> checked(const QVariantList &list, int limit)

@@ -23,7 +23,8 @@ bool isName(const QString &name);
 /// Whether \a text arrives as it was sent: D-Bus ends a string at a NUL character.
 bool isText(const QString &text);
 
-/// \a value as bytes that keep its types; and back, nothing when the bytes are damaged.
+/// \a value as bytes that keep its types; and back, nothing when the bytes are damaged or hold what
+/// checked() would not have let pass.
 QByteArray packed(const QVariant &value);
 std::optional<QVariant> unpacked(const QByteArray &bytes);
 

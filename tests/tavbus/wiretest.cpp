@@ -17,6 +17,14 @@ QVariant nested(int levels)
     return value;
 }
 
+QVariant emptyNested(int levels)
+{
+    QVariant value = QVariantList();
+    for (int i = 1; i < levels; ++i)
+        value = QVariantList({value});
+    return value;
+}
+
 } // namespace
 
 class WireTest : public QObject
@@ -123,6 +131,7 @@ void WireTest::valuesThatCannotCross_data()
     QTest::newRow("float") << QVariant(1.0F);
     QTest::newRow("hash") << QVariant(QVariantHash());
     QTest::newRow("one too deep") << nested(wire::kMaxDepth);
+    QTest::newRow("one too deep, with nothing in it") << emptyNested(wire::kMaxDepth);
     QTest::newRow("far too deep") << nested(2000);
 }
 
@@ -144,6 +153,19 @@ void WireTest::damagedBytes_data()
     QTest::newRow("not ours") << QByteArray("settings");
     QTest::newRow("length of a list out of bounds")
         << QByteArray::fromHex("0000000900ffffffff00000002");
+    QTest::newRow("list of more values than memory holds")
+        << QByteArray::fromHex("00000009007fffffff");
+    QTest::newRow("map of more values than there are bytes")
+        << QByteArray::fromHex("00000008007fffffff000000000000000a00ffffffff");
+    QTest::newRow("texts of more than memory holds") << QByteArray::fromHex("0000000b007fffffff");
+    QTest::newRow("nested deeper than the stack holds")
+        << QByteArray::fromHex("000000090000000001").repeated(100000);
+    QTest::newRow("map with one key twice") << QByteArray::fromHex(
+        "000000080000000002000000020061000000010001000000020061000000010000");
+    QTest::newRow("type that is not kept") << QByteArray::fromHex("0000000700000061");
+    QTest::newRow("picture, which needs a display") << QByteArray::fromHex("000000490000000000");
+    QTest::newRow("number in a type of a program's own")
+        << QByteArray::fromHex("000004000000000004") + "int" + '\0';
 }
 
 void WireTest::damagedBytes()
