@@ -11,6 +11,7 @@
 namespace {
 
 constexpr int kMostSeptets = 182; // in the 160 octets of a USSD string, 23.038 5
+constexpr int kMostWritten = 4096; // bytes; far more than a USSD string takes in any coding
 constexpr char kReturn = '\r';
 
 enum class Alphabet { Unknown, SevenBit, EightBit, Ucs2 };
@@ -152,7 +153,8 @@ std::optional<Raw> rawAnswer(const QList<QByteArray> &lines, int at)
                 return result;
             }
         }
-        if (++i >= lines.size() || atfields::valueOf("+CUSD", {lines.at(i)}))
+        if (++i >= lines.size() || text.size() > kMostWritten
+            || atfields::valueOf("+CUSD", {lines.at(i)}))
             return result;
         text += '\n' + lines.at(i);
     }

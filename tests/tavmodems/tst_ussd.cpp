@@ -1,8 +1,10 @@
+#include "atchannel.h"
 #include "atdialect.h"
 #include "atidentity.h"
 #include "gsmcodec.h"
 #include "ussd.h"
 
+#include <QElapsedTimer>
 #include <QTest>
 
 #include <random>
@@ -31,6 +33,8 @@ private slots:
     void readsWhatItWrites();
     void dialectsHaveTheirForm();
     void survivesNoise();
+    void givesUpATextWithoutEnd_data();
+    void givesUpATextWithoutEnd();
 };
 
 void TestUssd::readsText_data()
@@ -288,6 +292,28 @@ void TestUssd::survivesNoise()
         }
     }
     QVERIFY(answers > 0);
+}
+
+void TestUssd::givesUpATextWithoutEnd_data()
+{
+    QTest::addColumn<QByteArray>("line");
+    QTest::newRow("letters") << QByteArray("a");
+    QTest::newRow("quotes") << QByteArray("\"");
+    QTest::newRow("what looks like the end") << QByteArray("\"\",");
+}
+
+// As many short lines as an answer may have: each used to have all those before it read again.
+void TestUssd::givesUpATextWithoutEnd()
+{
+    QFETCH(const QByteArray, line);
+    Lines lines{"+CUSD: 0,\"Balans 5"};
+    while (lines.size() < AtChannel::kMaxAnswer / (line.size() + 1))
+        lines << line;
+    QElapsedTimer timer;
+    timer.start();
+    const auto answer = parseUssdAnswer(lines);
+    QVERIFY2(timer.elapsed() < 5000, qPrintable(QString::number(timer.elapsed())));
+    QVERIFY(!answer || answer->text.size() < 5000);
 }
 
 QTEST_APPLESS_MAIN(TestUssd)
