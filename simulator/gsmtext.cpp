@@ -263,6 +263,7 @@ bool readSubmitPdu(const QByteArray &hex, QString *destination, QString *text, i
     QByteArray number = pdu.mid(at + 2, addressOctets).toHex();
     for (int i = 0; i + 1 < number.size(); i += 2)
         std::swap(number.data()[i], number.data()[i + 1]);
+    number.replace('a', '*').replace('b', '#'); // 9.1.2.3
     *destination = (international ? QStringLiteral("+") : QString())
         + QString::fromLatin1(number.left(digits));
     at += 2 + addressOctets + 1; // protocol identifier

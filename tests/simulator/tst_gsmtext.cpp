@@ -134,6 +134,10 @@ void TestGsmText::submitPdu_data()
         << gsmtext::fromSeptets(gsmtext::unpack(QByteArray::fromHex("9df29ced06"), 5));
     QTest::newRow("UCS2") << QByteArray("000100039111F100080404140430") << true << "+111"
                           << QString::fromUtf8("Да");
+    // 3GPP TS 23.040, 9.1.2.3: the star and the hash are ten and eleven.
+    QTest::newRow("to a number with star and hash")
+        << QByteArray("00010005811A01FB000000") << true << "*110#"
+        << "";
     QTest::newRow("a received one") << QByteArray("00040B911346610089F60000") << false << ""
                                     << "";
     QTest::newRow("cut off") << QByteArray("0011000B91640728") << false << ""
