@@ -48,7 +48,7 @@ def run(command):
     environment = dict(os.environ, PATH=f"{BUILD}/bin:{os.environ['PATH']}")
     return subprocess.run(
         command, shell=True, cwd=TOP, env=environment,
-        stdin=subprocess.DEVNULL, capture_output=True, text=True, timeout=60, check=False)
+        stdin=subprocess.DEVNULL, capture_output=True, text=True, timeout=200, check=False)
 
 
 class Commands(unittest.TestCase):
