@@ -114,6 +114,12 @@ void EthernetConfigModel::apply()
         m_configurator->applySettings(used);
 }
 
+void EthernetConfigModel::finishApplying()
+{
+    if (m_configurator)
+        m_configurator->finishApplying();
+}
+
 void EthernetConfigModel::reload()
 {
     beginResetModel();

@@ -42,6 +42,9 @@ public:
     /// missing in the written file and are without configuration afterwards.
     void apply();
 
+    /// EthernetConfigurator::finishApplying().
+    void finishApplying();
+
 public slots:
     /// Asks the system and the interfaces file anew; edits are lost.
     void reload();

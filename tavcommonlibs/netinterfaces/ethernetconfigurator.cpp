@@ -3,6 +3,7 @@
 #include "interfacesfile.h"
 
 #include <QCoreApplication>
+#include <QDeadlineTimer>
 #include <QDebug>
 #include <QDir>
 #include <QFile>
@@ -123,6 +124,22 @@ void EthernetConfigurator::applySettings(const QHash<QString, InterfaceSettings>
     startProcessing();
 }
 
+void EthernetConfigurator::finishApplying()
+{
+    m_isFinishing = true;
+    const QDeadlineTimer deadline(longestFinish());
+    while (m_process->state() != QProcess::NotRunning || !m_commands.isEmpty()) {
+        if (m_process->state() == QProcess::NotRunning)
+            startNext();
+        if (!m_process->waitForFinished(static_cast<int>(deadline.remainingTime()))
+            && deadline.hasExpired()) {
+            qWarning() << "The network is left half applied, still to be done:"
+                       << QStringList(m_process->program()) + m_process->arguments() << m_commands;
+            return;
+        }
+    }
+}
+
 bool EthernetConfigurator::isOnline() const
 {
     return m_manager && m_manager->isOnline();
@@ -159,7 +176,7 @@ void EthernetConfigurator::processReadyRead()
 
 void EthernetConfigurator::startProcessing()
 {
-    if (m_commands.isEmpty())
+    if (m_commands.isEmpty() || m_isFinishing)
         return;
     const QPointer<EthernetConfigurator> self(this);
     QCoreApplication::processEvents(); // what is due appears before the pause
@@ -167,8 +184,12 @@ void EthernetConfigurator::startProcessing()
         return;
     QThread::msleep(static_cast<unsigned long>(pauseBeforeCommand().count()));
     // Events may have started the last command meanwhile.
-    if (m_commands.isEmpty() || !m_process)
-        return;
+    if (!m_commands.isEmpty() && !m_isFinishing && m_process)
+        startNext();
+}
+
+void EthernetConfigurator::startNext()
+{
     QStringList arguments = QProcess::splitCommand(m_commands.takeFirst());
     const QString program = arguments.takeFirst();
     if (m_process->state() == QProcess::NotRunning) {
@@ -202,6 +223,11 @@ void EthernetConfigurator::flushToDisk() const
         qWarning("Not flushed to the disk: %s: %s", qUtf8Printable(folder), std::strerror(errno));
     if (descriptor >= 0)
         close(descriptor);
+}
+
+std::chrono::milliseconds EthernetConfigurator::longestFinish() const
+{
+    return std::chrono::seconds(30);
 }
 
 bool EthernetConfigurator::write(

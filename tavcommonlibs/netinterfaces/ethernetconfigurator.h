@@ -52,6 +52,11 @@ public:
     /// its end go: the next line is none of it.
     void applySettings(const QHash<QString, InterfaceSettings> &settings);
 
+    /// Puts what is being applied into force to its end, without the event loop and the pauses, and
+    /// applies nothing any more; half of it would leave the terminal without its network. Blocks
+    /// for longestFinish() at most, then the rest is left undone and logged.
+    void finishApplying();
+
     /// True while any interface of the system is active, wired or not.
     bool isOnline() const;
 
@@ -74,8 +79,10 @@ protected:
     virtual std::chrono::milliseconds pauseBeforeCommand() const;
     /// Blocks until the file system of the interfaces file has all of itself on its disk.
     virtual void flushToDisk() const;
+    virtual std::chrono::milliseconds longestFinish() const;
 
 private:
+    void startNext();
     bool write(const QString &path, const QHash<QString, InterfaceSettings> &settings) const;
 
     const QString m_interfacesFile;
@@ -83,6 +90,7 @@ private:
     QPointer<QProcess> m_process; // child of this
     QStringList m_commands; // the head is started next
     bool m_isCopying = false;
+    bool m_isFinishing = false;
     // A character may come in two pieces, and each channel has its own.
     std::unique_ptr<QTextDecoder> m_errorDecoder;
     std::unique_ptr<QTextDecoder> m_outputDecoder;

@@ -91,6 +91,12 @@ EthernetWidget::EthernetWidget(EthernetConfigurator *configurator, QWidget *pare
 
 EthernetWidget::~EthernetWidget() = default;
 
+void EthernetWidget::endWork()
+{
+    if (m_model)
+        m_model->finishApplying();
+}
+
 void EthernetWidget::reload()
 {
     if (!m_model)

@@ -26,6 +26,9 @@ public:
     EthernetWidget(EthernetConfigurator *configurator, QWidget *parent);
     ~EthernetWidget() override;
 
+    /// Finishes what is being applied, as EthernetConfigurator::finishApplying() does.
+    void endWork();
+
 public slots:
     void reload();
     /// Asks first. The question has a single button, Yes; closing it or Escape declines.

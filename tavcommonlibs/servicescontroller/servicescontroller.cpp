@@ -101,6 +101,23 @@ bool ServicesController::sendToAcceptors(const QString &name)
     return sendTavBusCommand(BUSNAME_ACCEPTORS, name, {{kThreadId, kAllThreads}});
 }
 
+bool ServicesController::sendStart(EService service)
+{
+    switch (service) {
+    case TouchScreen:
+        return sendTavBusCommand(BUSNAME_TERMINAL_GUI, kRunTouch);
+    case Modems:
+        return sendTavBusCommand(BUSNAME_TAVMODEMS, kRestart);
+    case Watchdogs:
+        return sendTavBusCommand(BUSNAME_WATCHDOGS, kRestart);
+    case Printers:
+        return sendTavBusCommand(BUSNAME_PRINTSERVICE, kRestart);
+    case Acceptors:
+        return sendToAcceptors(kEnable);
+    }
+    return false;
+}
+
 // --- Where the services are
 
 bool ServicesController::modemsServiceIsStopped()
@@ -195,7 +212,10 @@ void ServicesController::startWaiting(Check check)
 
 void ServicesController::pollAgain(Check check)
 {
-    QTimer::singleShot(pollPeriod(), this, check);
+    QTimer::singleShot(pollPeriod(), this, [this, check] {
+        if (!m_isOver)
+            (this->*check)();
+    });
 }
 
 bool ServicesController::waitIsOver() const
@@ -214,6 +234,7 @@ void ServicesController::stopServices(Services services)
 {
     qCDebug(GUILOGGER).noquote() << tr("Stop services");
     m_services = services;
+    m_held = services;
     if (services.testFlag(TouchScreen))
         stopTouch();
 
@@ -270,22 +291,19 @@ void ServicesController::startServices()
         return;
     }
 
+    m_held = {};
     bool allStarted = true;
-    const auto startUnless = [&](Test isStarted, const char *message, auto send) {
+    const auto startUnless = [&](Test isStarted, const char *message, EService service) {
         if ((this->*isStarted)())
             return;
         allStarted = false;
         qCDebug(GUILOGGER, "%s", message);
-        send();
+        sendStart(service);
     };
-    startUnless(&ServicesController::modemsServiceIsStarted, "Modems are stopped",
-        [this] { sendTavBusCommand(BUSNAME_TAVMODEMS, kRestart); });
-    startUnless(&ServicesController::watchdogsServiceIsStarted, "Watchdogs are stopped",
-        [this] { sendTavBusCommand(BUSNAME_WATCHDOGS, kRestart); });
-    startUnless(&ServicesController::printersServiceIsStarted, "Printers are stopped",
-        [this] { sendTavBusCommand(BUSNAME_PRINTSERVICE, kRestart); });
-    startUnless(&ServicesController::acceptorsServiceIsStarted, "Acceptors are stopped",
-        [this] { sendToAcceptors(kEnable); });
+    startUnless(&ServicesController::modemsServiceIsStarted, "Modems are stopped", Modems);
+    startUnless(&ServicesController::watchdogsServiceIsStarted, "Watchdogs are stopped", Watchdogs);
+    startUnless(&ServicesController::printersServiceIsStarted, "Printers are stopped", Printers);
+    startUnless(&ServicesController::acceptorsServiceIsStarted, "Acceptors are stopped", Acceptors);
     if (!allStarted) {
         startWaiting(&ServicesController::checkServicesStarted);
         return;
@@ -330,6 +348,7 @@ void ServicesController::stopModemsService()
 {
     // A stop like the others: without this the polling would not look at the modem service at all.
     m_services = Modems;
+    m_held = Modems;
     if (!ensureOpen() || !sendTavBusCommand(BUSNAME_TAVMODEMS, kStop)) {
         emit modemsServiceStopped();
         return;
@@ -348,16 +367,18 @@ void ServicesController::checkModemsStopped()
 void ServicesController::startModemsService()
 {
     if (!m_handler || modemsServiceIsStarted()) {
+        m_held = {};
         emit modemsServiceStarted();
         return;
     }
-    if (!ensureOpen() || !sendTavBusCommand(BUSNAME_TAVMODEMS, kRestart)) {
+    if (!ensureOpen() || !sendStart(Modems)) {
         const QPointer<TavBusQueryHandler> handler = m_handler;
         emit modemsServiceStarted();
         if (handler)
             handler->close();
         return;
     }
+    m_held = {};
     startWaiting(&ServicesController::checkModemsStarted);
 }
 
@@ -378,5 +399,21 @@ void ServicesController::stopTouch()
 
 void ServicesController::startTouch()
 {
-    sendTavBusCommand(BUSNAME_TERMINAL_GUI, kRunTouch);
+    sendStart(TouchScreen);
+}
+
+// --- The end of the program
+
+void ServicesController::giveServicesBack()
+{
+    m_isOver = true;
+    for (const EService service : {TouchScreen, Modems, Watchdogs, Printers, Acceptors}) {
+        if (!m_held.testFlag(service))
+            continue;
+        m_held.setFlag(service, false);
+        if (sendStart(service))
+            qCDebug(GUILOGGER) << service << "is told to start";
+        else
+            qCWarning(GUILOGGER) << service << "was stopped and cannot be told to start";
+    }
 }

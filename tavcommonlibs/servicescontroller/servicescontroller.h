@@ -67,6 +67,12 @@ public:
     bool acceptorsServiceIsStopped();
     bool acceptorsServiceIsStarted();
 
+    /// Tells the services that this has stopped and not started since to start again, whatever
+    /// their states, and waits for none of them; a command that does not get through is in the log.
+    /// The sequence under way ends without its signal. For the end of a program whose event loop
+    /// does not go on.
+    void giveServicesBack();
+
 public slots:
     void stopServices(); ///< all of them
     void stopServices(ServicesController::Services services);
@@ -102,11 +108,14 @@ private:
 
     bool ensureOpen();
     bool sendToAcceptors(const QString &name);
+    bool sendStart(EService service);
     void startWaiting(Check check);
     void pollAgain(Check check);
     bool waitIsOver() const;
 
     Services m_services; // those that the last stop affected
+    Services m_held; // those of them that were not told to start since
+    bool m_isOver = false; // they were given back
     QPointer<tavbus::TavBusQueryHandler> m_handler; // child of this
     // Not a QTime, which midnight and every correction of the clock would upset.
     QElapsedTimer m_timer;

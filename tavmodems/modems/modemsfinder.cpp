@@ -91,14 +91,20 @@ ModemsFinder::ModemsFinder(QObject *parent, const QString &lockDirectory)
 
 ModemsFinder::~ModemsFinder()
 {
+    breakOff();
+}
+
+void ModemsFinder::breakOff()
+{
     m_abort = true;
     for (const auto &probe : m_probes)
         probe->thread->wait();
+    m_running = false;
 }
 
 void ModemsFinder::start()
 {
-    if (m_running)
+    if (m_running || m_abort)
         return;
     m_running = true;
     m_found.clear();
@@ -156,6 +162,8 @@ void ModemsFinder::probeEnded()
 
 void ModemsFinder::finish()
 {
+    if (m_abort)
+        return;
     QList<AnsweringPort> answering;
     for (const auto &probe : m_probes) {
         probe->thread->wait();

@@ -52,6 +52,10 @@ public:
     /** The other ports that it looked at. */
     QList<PortFailure> failures() const { return m_failures; }
 
+    /** Breaks off a search under way, of which nothing more is heard, and lets none start any more.
+     * Waits for its threads, some tenths of a second. */
+    void breakOff();
+
 public slots:
     /** Starts a search and returns at once; ignored while one is running. */
     void start();

@@ -1,3 +1,4 @@
+#include "display.h"
 #include "initconfig.h"
 
 #include <QDir>
@@ -17,39 +18,6 @@
 namespace {
 
 constexpr int kLong = 30000; // ms
-
-/// A display without a screen.
-class Display
-{
-public:
-    Display()
-    {
-        m_server.setProcessChannelMode(QProcess::SeparateChannels);
-        m_server.start(QStringLiteral("Xvfb"),
-            {QStringLiteral("-displayfd"), QStringLiteral("1"), QStringLiteral("-screen"),
-                QStringLiteral("0"), QStringLiteral("1024x768x24"), QStringLiteral("-nolisten"),
-                QStringLiteral("tcp"), QStringLiteral("-noreset")});
-        QByteArray number;
-        while (!number.endsWith('\n')) {
-            if (!m_server.waitForReadyRead(kLong))
-                qFatal("Xvfb does not start: %s", qPrintable(m_server.errorString()));
-            number += m_server.readAllStandardOutput();
-        }
-        name = QString::fromLatin1(':' + number.trimmed());
-    }
-    ~Display()
-    {
-        m_server.terminate();
-        m_server.waitForFinished(kLong);
-    }
-    Display(const Display &) = delete;
-    Display &operator=(const Display &) = delete;
-
-    QString name;
-
-private:
-    QProcess m_server;
-};
 
 } // namespace
 
@@ -98,12 +66,12 @@ private slots:
     {
         QFETCH(QStringList, arguments);
         const auto program = start(arguments);
-        QTRY_VERIFY_WITH_TIMEOUT(isShown(QStringLiteral("Tav test dialer")), kLong);
+        QTRY_VERIFY_WITH_TIMEOUT(m_display->shows(QStringLiteral("Tav test dialer")), kLong);
         QCOMPARE(program->state(), QProcess::Running);
         // Without a bus the one answer is to go.
-        press(QStringLiteral("Tav test dialer"), QStringLiteral("Escape"));
-        QTRY_VERIFY_WITH_TIMEOUT(isShown(QStringLiteral("Settings saving error")), kLong);
-        press(QStringLiteral("Settings saving error"), QStringLiteral("Escape"));
+        m_display->press(QStringLiteral("Tav test dialer"), QStringLiteral("Escape"));
+        QTRY_VERIFY_WITH_TIMEOUT(m_display->shows(QStringLiteral("Settings saving error")), kLong);
+        m_display->press(QStringLiteral("Settings saving error"), QStringLiteral("Escape"));
         QVERIFY(program->waitForFinished(kLong));
         QCOMPARE(program->exitStatus(), QProcess::NormalExit);
         QCOMPARE(program->exitCode(), 0);
@@ -119,10 +87,10 @@ private slots:
     {
         QFETCH(QStringList, arguments);
         const auto first = start({});
-        QTRY_VERIFY_WITH_TIMEOUT(isShown(QStringLiteral("Tav test dialer")), kLong);
+        QTRY_VERIFY_WITH_TIMEOUT(m_display->shows(QStringLiteral("Tav test dialer")), kLong);
         const auto second = start(arguments);
-        QTRY_VERIFY_WITH_TIMEOUT(isShown(QStringLiteral("Warning")), kLong);
-        press(QStringLiteral("Warning"), QStringLiteral("Return"));
+        QTRY_VERIFY_WITH_TIMEOUT(m_display->shows(QStringLiteral("Warning")), kLong);
+        m_display->press(QStringLiteral("Warning"), QStringLiteral("Return"));
         QVERIFY(second->waitForFinished(kLong));
         QCOMPARE(second->exitStatus(), QProcess::NormalExit);
         QCOMPARE(second->exitCode(), 255);
@@ -166,10 +134,10 @@ private slots:
     void logIsWrittenWhereTheTerminalKeepsIt()
     {
         const auto program = start({});
-        QTRY_VERIFY_WITH_TIMEOUT(isShown(QStringLiteral("Tav test dialer")), kLong);
-        press(QStringLiteral("Tav test dialer"), QStringLiteral("Escape"));
-        QTRY_VERIFY_WITH_TIMEOUT(isShown(QStringLiteral("Settings saving error")), kLong);
-        press(QStringLiteral("Settings saving error"), QStringLiteral("Escape"));
+        QTRY_VERIFY_WITH_TIMEOUT(m_display->shows(QStringLiteral("Tav test dialer")), kLong);
+        m_display->press(QStringLiteral("Tav test dialer"), QStringLiteral("Escape"));
+        QTRY_VERIFY_WITH_TIMEOUT(m_display->shows(QStringLiteral("Settings saving error")), kLong);
+        m_display->press(QStringLiteral("Settings saving error"), QStringLiteral("Escape"));
         QVERIFY(program->waitForFinished(kLong));
         QByteArray log;
         const QFileInfoList files
@@ -206,42 +174,10 @@ private:
         const QStringList &arguments, const QString &path = QStringLiteral(TAVTESTDIALER))
     {
         auto program = std::make_unique<QProcess>();
-        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-        environment.insert(QStringLiteral("DISPLAY"), m_display->name);
-        environment.insert(QStringLiteral("QT_QPA_PLATFORM"), QStringLiteral("xcb"));
-        program->setProcessEnvironment(environment);
+        program->setProcessEnvironment(m_display->environment());
         program->setProcessChannelMode(QProcess::ForwardedChannels);
         program->start(path, arguments);
         return program;
-    }
-
-    QByteArray xdotool(const QStringList &arguments)
-    {
-        QProcess tool;
-        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-        environment.insert(QStringLiteral("DISPLAY"), m_display->name);
-        tool.setProcessEnvironment(environment);
-        tool.start(QStringLiteral("xdotool"), arguments);
-        if (!tool.waitForFinished(kLong))
-            qFatal("xdotool: %s", qPrintable(tool.errorString()));
-        return tool.readAllStandardOutput().trimmed();
-    }
-
-    QByteArray window(const QString &title)
-    {
-        return xdotool({QStringLiteral("search"), QStringLiteral("--onlyvisible"),
-                           QStringLiteral("--name"), QStringLiteral("^%1$").arg(title)})
-            .split('\n')
-            .last();
-    }
-    bool isShown(const QString &title) { return !window(title).isEmpty(); }
-
-    void press(const QString &title, const QString &key)
-    {
-        // There is no window manager: keys go where the pointer is.
-        const QString id = QString::fromLatin1(window(title));
-        xdotool({QStringLiteral("mousemove"), QStringLiteral("--window"), id, QStringLiteral("10"),
-            QStringLiteral("10"), QStringLiteral("key"), key});
     }
 
     std::unique_ptr<Display> m_display;

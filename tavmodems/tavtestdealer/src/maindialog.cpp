@@ -19,6 +19,8 @@
 
 namespace {
 
+constexpr unsigned long kLongestTest = 2000; // ms
+
 // Not QMessageBox::question(): that marks a button as default where it is told of none, and shows
 // the one that it is told of even where it is none of the buttons asked for.
 class Question : public QMessageBox
@@ -82,6 +84,16 @@ bool MainDialog::saveSettings()
 void MainDialog::loadSettings()
 {
     ui->pageModems->loadSettings();
+}
+
+void MainDialog::endWork()
+{
+    ui->pageModems->endWork();
+    ui->pageEth->endWork();
+    m_testerThread->quit();
+    m_testerThread->wait(kLongestTest);
+    if (!sendSettings())
+        qWarning("The modem settings are not saved: the bus does not take them");
 }
 
 void MainDialog::reject()

@@ -24,6 +24,11 @@ public:
     bool saveSettings();
     void loadSettings();
 
+    /// Closes without the window and without the event loop, when nobody is there to ask: ends the
+    /// work under way, has the services start again, and hands the settings over as closing does.
+    /// Whether the modem service is to have them stays open; they are there at the next start.
+    void endWork();
+
     /// Escape comes this way, past closeEvent(): it closes the window as its Close button does.
     void reject() override;
 

@@ -7,6 +7,7 @@
 #include "logpane.h"
 #include "modemsettings.h"
 #include "servicescontroller.h"
+#include "signalnotifier.h"
 #include "ui_modemackwidget.h"
 
 #include <QMutex>
@@ -34,6 +35,7 @@ ModemAckWidget::ModemAckWidget(AtModem *driver, QWidget *parent)
     , m_servicesController(new ServicesController(tavbus::BUSNAME_TESTDEALER, this))
 {
     driver->setParent(this);
+    driver->setAbortFlag(SignalNotifier::flag());
     ui->setupUi(this);
     connect(ui->pbAsk, &QPushButton::released, this, &ModemAckWidget::start);
     connect(m_servicesController, &ServicesController::modemsServiceStopped, this,
@@ -48,6 +50,12 @@ ModemAckWidget::ModemAckWidget(AtModem *driver, QWidget *parent)
 ModemAckWidget::~ModemAckWidget()
 {
     m_logPane.reset();
+}
+
+void ModemAckWidget::endWork()
+{
+    if (m_servicesController)
+        m_servicesController->giveServicesBack();
 }
 
 bool ModemAckWidget::queryModem()

@@ -25,6 +25,10 @@ public:
     explicit ModemAckWidget(AtModem *driver, QWidget *parent = nullptr);
     ~ModemAckWidget() override;
 
+    /// Asks no modem any more and tells the modem service to start, without the event loop. There
+    /// is no finished(). A query under way blocks: what breaks it off is SignalNotifier::flag().
+    void endWork();
+
 public slots:
     /// Asks the modem and starts the modem service again. Blocks until the modem has answered
     /// everything, or has been given up; results and log are painted as they come. False when there

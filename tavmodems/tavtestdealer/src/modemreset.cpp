@@ -2,12 +2,14 @@
 
 #include "atmodem.h"
 #include "modeminfo.h"
+#include "signalnotifier.h"
 
 #include <QElapsedTimer>
 
 void ModemReset::run(const ModemInfo &modem, QObject *parent, const Tell &tell)
 {
     auto *const driver = new AtModem(parent);
+    driver->setAbortFlag(SignalNotifier::flag());
     const QString port = modem.portName();
     tell(QtDebugMsg, QStringLiteral("Open port %1").arg(port));
     if (driver->open(port, qMin(modem.baudrate(), kHighestBaudrate), kOpenAttempts)) {

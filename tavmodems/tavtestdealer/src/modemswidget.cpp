@@ -39,6 +39,13 @@ ModemsWidget::ModemsWidget(QWidget *parent)
 
 ModemsWidget::~ModemsWidget() = default;
 
+void ModemsWidget::endWork()
+{
+    ui->pageDial->endWork();
+    ui->pageAsk->endWork();
+    ui->pageSearch->endWork();
+}
+
 bool ModemsWidget::saveSettings()
 {
     tavbus::TavBusQueryHandler handler(tavbus::BUSNAME_TESTDEALER);

@@ -21,6 +21,9 @@ public:
 
     bool workIsStarted() const { return m_workIsStarted; }
 
+    /// Ends the work of the sub-pages for good, without the event loop.
+    void endWork();
+
 public slots:
     /// Saves the store as the modem service's record: the one it reads when it starts again. True
     /// when the bus accepted it; the user is told otherwise.

@@ -8,6 +8,7 @@
 #include "modemsfinder.h"
 #include "modemsmodel.h"
 #include "servicescontroller.h"
+#include "signalnotifier.h"
 #include "ui_searchwidget.h"
 
 #include <QMessageBox>
@@ -58,6 +59,12 @@ SearchWidget::SearchWidget(ModemsFinder *finder, QWidget *parent)
 }
 
 SearchWidget::~SearchWidget() = default;
+
+void SearchWidget::endWork()
+{
+    m_finder->breakOff();
+    m_servicesController->giveServicesBack();
+}
 
 void SearchWidget::search()
 {
@@ -212,6 +219,7 @@ void SearchWidget::workFinished()
 void SearchWidget::modemToModemOnly()
 {
     AtModem modem;
+    modem.setAbortFlag(SignalNotifier::flag());
     if (modem.open(ui->cbPort->currentText(), ui->cbBaudrate->currentData().toInt(), kOpenAttempts)
         && modem.toModemOnly())
         QMessageBox::information(this, tr("To modem only mode"),

@@ -30,6 +30,10 @@ public:
     explicit SearchWidget(ModemsFinder *finder, QWidget *parent = nullptr);
     ~SearchWidget() override;
 
+    /// Breaks off a search under way, which leaves the connections as they are, and tells the
+    /// services to start, without the event loop. There is no finished().
+    void endWork();
+
 public slots:
     void search();
     /// The modems found take the place of all connections known before.

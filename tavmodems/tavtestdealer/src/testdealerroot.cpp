@@ -1,10 +1,12 @@
 #include "testdealerroot.h"
 
+#include "exithook.h"
 #include "loggermanager.h"
 #include "maindialog.h"
 #include "modemsenvs.h"
 #include "qtsingleapplication.h"
 #include "runtimeenvironment.h"
+#include "signalnotifier.h"
 #include "touchstyle.h"
 
 #include <QDir>
@@ -14,6 +16,8 @@
 #include <QSet>
 #include <QTextCodec>
 #include <QTranslator>
+
+#include <cstring>
 
 namespace {
 
@@ -66,7 +70,19 @@ int TestDealerRoot::exec()
     if (arguments.contains(QStringLiteral("-v")) || arguments.contains(QStringLiteral("--version")))
         return 0;
 
+    SignalNotifier signalNotifier;
     MainDialog dialog;
+    connect(&signalNotifier, &SignalNotifier::caught, &dialog, [&dialog](int number) {
+        qWarning("Told to end by signal %d (%s)", number, ::sigdescr_np(number));
+        dialog.endWork();
+        QCoreApplication::quit();
+    });
+    // When the display goes the platform plug-in logs it and calls exit(), with status 1.
+    const ExitHook hook([&dialog] {
+        qCritical("The program ends without its display");
+        dialog.endWork();
+        LoggerManager::releaseLog();
+    });
     dialog.show();
     const int status = QApplication::exec();
     LoggerManager::releaseLog();

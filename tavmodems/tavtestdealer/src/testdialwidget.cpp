@@ -35,6 +35,14 @@ TestDialWidget::~TestDialWidget()
     m_logPane.reset();
 }
 
+void TestDialWidget::endWork()
+{
+    if (m_wvdial && m_wvdial->isDialling())
+        m_wvdial->stop();
+    if (m_servicesController)
+        m_servicesController->giveServicesBack();
+}
+
 void TestDialWidget::testDial()
 {
     m_logPane->clear();

@@ -26,6 +26,10 @@ public:
         QWidget *parent = nullptr, const QString &dialer = Wvdial::WVDIAL_COMMAND);
     ~TestDialWidget() override;
 
+    /// Ends a test under way for good, without the event loop: its dialer is gone afterwards, and
+    /// the modem service is told to start. There is no finished().
+    void endWork();
+
 public slots:
     void testDial();
     void startTest();

@@ -66,6 +66,11 @@ Wvdial::Wvdial(QObject *parent, const QString &command)
 
 Wvdial::~Wvdial() = default;
 
+bool Wvdial::isDialling() const
+{
+    return m_process && m_process->state() != QProcess::NotRunning;
+}
+
 void Wvdial::start(const QString &connection)
 {
     m_pending = QStringList{connection};
@@ -78,7 +83,7 @@ void Wvdial::start(const QString &connection)
 void Wvdial::stop()
 {
     m_pending.clear();
-    if (m_process && m_process->state() != QProcess::NotRunning) {
+    if (isDialling()) {
         m_process->terminate();
         // The end arrives within this wait and dialdowned() with it: the modem service is told to
         // start again while strays may still be running, a pppd of that dialer's among them. The
@@ -97,7 +102,7 @@ void Wvdial::endAll(const QString &program)
         run(command.constData());
         // A dialer of ours that outlived terminate() stays in the list as a zombie until it is
         // reaped, and no event loop runs here to do it.
-        if (m_process && m_process->state() != QProcess::NotRunning)
+        if (isDialling())
             m_process->waitForFinished(0);
     }
 }

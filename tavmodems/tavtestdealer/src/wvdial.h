@@ -25,6 +25,9 @@ public:
     explicit Wvdial(QObject *parent = nullptr, const QString &command = WVDIAL_COMMAND);
     ~Wvdial() override;
 
+    /// Whether a dialer of this program runs.
+    bool isDialling() const;
+
 public slots:
     /// Dials the active connection of the test configuration and after that, where it is another
     /// one, `connection`.
