@@ -3,6 +3,7 @@
 #include "connections.h"
 #include "failures.h"
 #include "networks.h"
+#include "powercuts.h"
 #include "searches.h"
 
 #include <QMap>
@@ -28,6 +29,10 @@ Walk walkThrough(const QString &scenario)
         {QStringLiteral("refused"), of(&Failures::refused)},
         {QStringLiteral("unplugged"), of(&Failures::unplugged)},
         {QStringLiteral("network"), of(&Networks::network)},
+        {QStringLiteral("powercut-settings"), of(&PowerCuts::modemSettings)},
+        {QStringLiteral("powercut-closing"), of(&PowerCuts::modemSettings)},
+        {QStringLiteral("powercut-network"), of(&PowerCuts::networkSettings)},
+        {QStringLiteral("powercut-restart"), of(&PowerCuts::networkSettings)},
     };
     return all.value(scenario);
 }
