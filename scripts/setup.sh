@@ -49,3 +49,10 @@ build() {
     cmake --preset "$preset" "${launcher[@]}" -Wno-dev
     cmake --build --preset "$preset" ${@:+--target "$@"}
 }
+
+# build_package [OPTION...]: the Debian packages of the source package in the working directory.
+build_package() {
+    # debhelper has a home of its own, which would be an empty cache.
+    PATH=/usr/lib/ccache:$PATH CCACHE_DIR=$(ccache -k cache_dir) CCACHE_BASEDIR=$PWD CCACHE_NOHASHDIR=1 \
+        dpkg-buildpackage --unsigned-source --unsigned-changes "$@"
+}
