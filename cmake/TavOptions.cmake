@@ -20,6 +20,8 @@ target_compile_definitions(tav_options INTERFACE
     QT_MESSAGELOGCONTEXT)
 target_compile_options(tav_options INTERFACE
     -Wall -Wextra -Wpedantic -Wshadow -Wold-style-cast -Wnon-virtual-dtor -Woverloaded-virtual
+    # Qt's logging macros are called without the arguments that they may have.
+    $<$<CXX_COMPILER_ID:Clang>:-Wno-gnu-zero-variadic-macro-arguments>
     $<$<BOOL:${TAV_WERROR}>:-Werror>)
 if(TAV_SANITIZE)
     target_compile_options(tav_options INTERFACE -fsanitize=${TAV_SANITIZE} -fno-omit-frame-pointer)
