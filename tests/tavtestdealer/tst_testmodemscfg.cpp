@@ -7,6 +7,8 @@
 #include <QFileInfo>
 #include <QTest>
 
+#include <sys/stat.h>
+
 #include <atomic>
 #include <thread>
 #include <vector>
@@ -43,6 +45,13 @@ void writeFile(const QByteArray &text)
     QFile file(TestModemsCfg::configPath());
     QVERIFY(file.open(QIODevice::WriteOnly));
     QCOMPARE(file.write(text), qint64(text.size()));
+}
+
+mode_t modeOfFile()
+{
+    struct stat status = {};
+    stat(QFile::encodeName(TestModemsCfg::configPath()).constData(), &status);
+    return status.st_mode & (S_IRWXU | S_IRWXG | S_IRWXO);
 }
 
 QStringList texts(std::initializer_list<const char *> list)
@@ -453,12 +462,17 @@ private slots:
         QFile::setPermissions(TestModemsCfg::configPath(), QFile::ReadOwner | QFile::WriteOwner);
         TestModemsCfg::setActiveModemName(QStringLiteral("gsm1"));
         QCOMPARE(TestModemsCfg::activeModemName(), QStringLiteral("gsm1"));
-        QCOMPARE(QFile::permissions(TestModemsCfg::configPath())
-                & (QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner | QFile::ReadGroup
-                    | QFile::WriteGroup | QFile::ExeGroup | QFile::ReadOther | QFile::WriteOther
-                    | QFile::ExeOther),
-            QFile::ReadOwner | QFile::WriteOwner | QFile::ReadGroup | QFile::WriteGroup
-                | QFile::ReadOther);
+        QCOMPARE(modeOfFile(), 0664U);
+    }
+
+    // In the order of a dial, the first one: another user of the group may be the next to dial.
+    void newFileIsOpenToTheGroup()
+    {
+        const auto before = umask(S_IWGRP | S_IWOTH);
+        TestModemsCfg::setActiveModemName(QStringLiteral("a"));
+        TestModemsCfg().setModems(mapOf(modem(QStringLiteral("a"))));
+        umask(before);
+        QCOMPARE(modeOfFile(), 0664U);
     }
 
     void activeNameWithoutAFileMakesNone()

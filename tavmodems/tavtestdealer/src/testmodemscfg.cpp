@@ -33,6 +33,9 @@ QMutex TestModemsCfg::_pathMutex;
 
 namespace {
 
+constexpr QFile::Permissions kForTheGroup = QFile::ReadOwner | QFile::WriteOwner | QFile::ReadGroup
+    | QFile::WriteGroup | QFile::ReadOther;
+
 constexpr int kMaxNumbered = 9; // "Phone1" to "Phone9", "Init1" to "Init9"
 
 const QString kResetLine = QStringLiteral("ATZ");
@@ -213,9 +216,7 @@ void TestModemsCfg::setActiveModemName(const QString &name)
 {
     const QMutexLocker locker(&_pathMutex);
     _activeModemName = name;
-    QFile::setPermissions(_configPath,
-        QFile::ReadOwner | QFile::WriteOwner | QFile::ReadGroup | QFile::WriteGroup
-            | QFile::ReadOther);
+    QFile::setPermissions(_configPath, kForTheGroup);
 }
 
 void TestModemsCfg::setModems(const QMap<QString, ModemInfo> &modems)
@@ -233,6 +234,8 @@ void TestModemsCfg::setModems(const QMap<QString, ModemInfo> &modems)
         m_lastError = file.errorString();
         return;
     }
+    // The next one to dial may be another user. Of another user's file this changes nothing.
+    file.setPermissions(kForTheGroup);
     if (file.write(out.text()) != out.text().size() || !file.flush()) {
         m_lastError = file.errorString();
         // Half a record could be dialled with.
