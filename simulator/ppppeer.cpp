@@ -1,10 +1,29 @@
 #include "ppppeer.h"
 
+#include "scenario.h"
+
 #include <QSocketNotifier>
 #include <cstdlib>
 #include <fcntl.h>
 #include <termios.h>
 #include <unistd.h>
+
+namespace {
+
+// The daemon has its end of the link and its list of secrets in namespaces of its own, since those
+// outside are the caller's, and another name, so that who ends the callers' daemons leaves it
+// alone. Takes the terminal, the protocol, the user and the password.
+const QString kAuthenticator = QStringLiteral(R"(
+mount -t tmpfs -o mode=700 none /run
+printf '"%s" * "%s" *\n' "$3" "$4" >/run/secrets
+for protocol in pap chap; do
+    mount --bind /run/secrets "/etc/ppp/$protocol-secrets"
+done
+ln -s /usr/sbin/pppd /run/network
+exec /run/network "$1" nodetach local nocrtscts nolock "require-$2" 10.0.2.2:10.0.2.15
+)");
+
+} // namespace
 
 PppPeer::PppPeer(QObject *parent)
     : QObject(parent)
@@ -33,7 +52,7 @@ void PppPeer::Process::setupChildProcess()
     dup2(line, STDOUT_FILENO);
 }
 
-bool PppPeer::start()
+bool PppPeer::start(const ScenarioLogin &login)
 {
     m_line = posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC | O_NONBLOCK);
     char path[64] = {};
@@ -52,9 +71,16 @@ bool PppPeer::start()
     connect(m_writer, &QSocketNotifier::activated, this, &PppPeer::writeRest);
     m_process.line = outer;
     m_process.setStandardErrorFile(QProcess::nullDevice());
-    // ppp_exit: the call is over when the caller ends PPP, not only when the line goes.
-    m_process.start(
-        QStringLiteral("slirp-fullbolt"), {QStringLiteral("ppp_exit"), QStringLiteral("-P")});
+    if (login.user.isEmpty()) {
+        // ppp_exit: the call is over when the caller ends PPP, not only when the line goes.
+        m_process.start(
+            QStringLiteral("slirp-fullbolt"), {QStringLiteral("ppp_exit"), QStringLiteral("-P")});
+    } else {
+        m_process.start(QStringLiteral("unshare"),
+            {QStringLiteral("--net"), QStringLiteral("--mount"), QStringLiteral("sh"),
+                QStringLiteral("-ec"), kAuthenticator, QStringLiteral("network"),
+                QString::fromLatin1(path), login.protocol, login.user, login.password});
+    }
     const bool started = m_process.waitForStarted();
     close(outer);
     return started;

@@ -5,9 +5,13 @@
 #include <QProcess>
 
 class QSocketNotifier;
+struct ScenarioLogin;
 
-/// The network's end of one data call: Debian's user-mode PPP peer on a pseudo-terminal of its own.
-/// To who dials in, 10.0.2.2 is this terminal's loopback.
+/// The network's end of one data call, on a pseudo-terminal of its own.
+///
+/// Debian's user-mode PPP peer: to who dials in, 10.0.2.2 is this terminal's loopback. It asks no
+/// caller for a name. Where the network does, the end is Debian's PPP daemon, which needs a kernel
+/// with PPP, and 10.0.2.2 is a host that answers nothing but pings.
 class PppPeer : public QObject
 {
     Q_OBJECT
@@ -17,7 +21,7 @@ public:
     explicit PppPeer(QObject *parent = nullptr);
     ~PppPeer() override;
 
-    bool start();
+    bool start(const ScenarioLogin &login);
     void write(const QByteArray &bytes);
 
 signals:

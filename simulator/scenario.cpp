@@ -63,6 +63,17 @@ ScenarioSim readSim(JsonReader reader)
     return sim;
 }
 
+ScenarioLogin readLogin(JsonReader reader)
+{
+    ScenarioLogin login;
+    login.protocol
+        = reader.word(QStringLiteral("protocol"), {QStringLiteral("chap"), QStringLiteral("pap")});
+    login.user = reader.text(QStringLiteral("user"));
+    login.password = reader.text(QStringLiteral("password"));
+    reader.finish();
+    return login;
+}
+
 ScenarioNetwork readNetwork(JsonReader reader)
 {
     ScenarioNetwork network;
@@ -78,6 +89,7 @@ ScenarioNetwork readNetwork(JsonReader reader)
     network.cid = reader.text(QStringLiteral("cid"), network.cid);
     network.rssi = reader.number(QStringLiteral("rssi"), network.rssi, 0, 99);
     network.apn = reader.text(QStringLiteral("apn"));
+    network.login = readLogin(reader.object(QStringLiteral("login")));
     reader.finish();
     return network;
 }

@@ -37,6 +37,14 @@ struct ScenarioSim
     int readyMs = 0; ///< from power to a usable card
 };
 
+/// What the network asks of who calls in through PPP.
+struct ScenarioLogin
+{
+    QString protocol = QStringLiteral("chap"); ///< or "pap"
+    QString user; ///< empty = anybody may call
+    QString password;
+};
+
 /// What a modem sees of the network.
 struct ScenarioNetwork
 {
@@ -52,6 +60,7 @@ struct ScenarioNetwork
     int registerMs = 0; ///< from power to registration
     int answerMs = 300; ///< from a USSD request or SMS to the network's answer
     QString apn; ///< the only one that gets a connection; empty = any
+    ScenarioLogin login;
 };
 
 /// The dial-up record of a modem that the modem service has saved on the bus.

@@ -61,7 +61,7 @@ QStringList SimulatedModem::faultNames()
     return {QStringLiteral("hung"), QStringLiteral("silent"), QStringLiteral("garbage"),
         QStringLiteral("babble"), QStringLiteral("noSim"), QStringLiteral("notRegistered"),
         QStringLiteral("wrongApn"), QStringLiteral("busy"), QStringLiteral("noDialtone"),
-        QStringLiteral("noCarrier")};
+        QStringLiteral("noCarrier"), QStringLiteral("noPpp")};
 }
 
 // The ports that the device shows; a command may have chosen fewer since it was last plugged in.
@@ -228,6 +228,8 @@ void SimulatedModem::startCall(const Port &port)
 {
     m_journal->add(m_state.scenario.name + QStringLiteral(": call started"));
     delete m_call;
+    if (m_state.has("noPpp"))
+        return; // connected, but there is nobody
     m_call = new PppPeer(this);
     connect(m_call, &PppPeer::received, port.line, &SerialLine::send);
     connect(m_call, &PppPeer::ended, this, [this, interpreter = port.interpreter] {
@@ -237,7 +239,7 @@ void SimulatedModem::startCall(const Port &port)
         m_call.clear();
         interpreter->callEnded();
     });
-    if (!m_call->start())
+    if (!m_call->start(m_state.scenario.network.login))
         port.interpreter->callEnded();
 }
 

@@ -14,6 +14,7 @@ READERS = {
         "readSim": ["A SIM card"],
         "readSms": ["A message"],
         "readNetwork": ["A network"],
+        "readLogin": ["A login"],
         "readConnection": ["A connection"],
         "readServices": ["A service"],
     },

@@ -1,4 +1,5 @@
 #include "ppppeer.h"
+#include "scenario.h"
 
 #include <QSignalSpy>
 #include <QTest>
@@ -42,7 +43,7 @@ void TestPppPeer::answersTheCaller()
     PppPeer peer;
     QByteArray heard;
     connect(&peer, &PppPeer::received, this, [&heard](const QByteArray &bytes) { heard += bytes; });
-    QVERIFY(peer.start());
+    QVERIFY(peer.start(ScenarioLogin()));
 
     // LCP (RFC 1661, 5.1 and 5.2): a Configure-Request without options, its identifier 0x5A; the
     // Configure-Ack has the same.

@@ -90,6 +90,9 @@ void TestScenario::badScenarioIsRefusedWithItsPlace_data()
     QTest::newRow("number out of range")
         << modem(R"("network": {"rssi": 100})")
         << "modems[0].network.rssi: must be a whole number from 0 to 99";
+    QTest::newRow("login by a protocol that the far end does not have")
+        << modem(R"("network": {"login": {"protocol": "eap", "user": "a"}})")
+        << "modems[0].network.login.protocol: \"eap\" is none of \"chap\", \"pap\"";
     QTest::newRow("half a millisecond") << modem(
         R"("latencyMs": 0.5)") << "modems[0].latencyMs: must be a whole number from 0 to 600000";
     QTest::newRow("latency of a command")
