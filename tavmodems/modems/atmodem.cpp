@@ -24,7 +24,10 @@ using std::chrono::milliseconds;
 namespace {
 
 // The longest that is waited for an answer; a modem that answers is never waited for.
-constexpr milliseconds kHandshake = 1s; // also the silence that must come before an escape
+constexpr milliseconds kHandshake = 1s;
+// The first question is the silence before an escape, too: S12's second as the
+// modem must see it, whom buffers on the way may give the question late.
+constexpr milliseconds kSilence = 1500ms;
 constexpr milliseconds kEscape = 1500ms; // S12's second after the plus signs, and the answer
 constexpr milliseconds kQuery = 2s;
 constexpr milliseconds kCardQuery = 5s; // the modem itself may be waiting for the card
@@ -318,7 +321,7 @@ bool AtModem::Private::handshake(int attempts)
     bool heard = false;
     AtReply reply;
     for (int attempt = 0; attempt < attempts; ++attempt) {
-        reply = session.ask(attempt == 0 ? "AT" : "ATQ0V1", kHandshake);
+        reply = attempt == 0 ? session.ask("AT", kSilence) : session.ask("ATQ0V1", kHandshake);
         heard = heard || reply.heard;
         if (attempt == 0 && reply.status == AtReply::Status::Timeout && leaveData())
             reply = session.ask("AT", kHandshake);

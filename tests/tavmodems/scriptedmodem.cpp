@@ -111,7 +111,8 @@ void ScriptedModem::run()
 void ScriptedModem::hear(char c)
 {
     const qint64 now = QDateTime::currentMSecsSinceEpoch();
-    const bool afterSilence = now - m_lastHeard > 900;
+    // S12's second, and what a line may be late with the last character before it.
+    const bool afterSilence = now - m_lastHeard > 1200;
     m_lastHeard = now;
     if (silent)
         return;
