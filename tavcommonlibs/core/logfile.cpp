@@ -11,6 +11,7 @@
 #include <spdlog/sinks/stdout_sinks.h>
 
 #include <algorithm>
+#include <sys/stat.h>
 #include <unistd.h>
 
 namespace {
@@ -30,6 +31,14 @@ QString filePath(const QString &path)
         + (name.isEmpty() ? QStringLiteral("program") : name) + QLatin1String(".log");
 }
 
+/// Gives the group what the owner has. Of a file of another user's nothing changes.
+void openToGroup(std::FILE *file)
+{
+    struct stat status = {};
+    if (fstat(fileno(file), &status) == 0)
+        fchmod(fileno(file), (status.st_mode & ALLPERMS) | (status.st_mode & S_IRWXU) >> 3);
+}
+
 spdlog::sink_ptr openFile(const QString &path, unsigned int keep)
 {
     if (path.isEmpty())
@@ -39,9 +48,13 @@ spdlog::sink_ptr openFile(const QString &path, unsigned int keep)
     // A pipe would block, and rotation would rename a device.
     if (info.exists() && !info.isFile())
         throw spdlog::spdlog_ex("not a regular file");
+    spdlog::file_event_handlers handlers;
+    // In a directory that a group shares, the next to write to it may be another user of the group.
+    if (QFileInfo(info.absolutePath()).permission(QFile::WriteGroup))
+        handlers.after_open = [](const auto &, std::FILE *file) { openToGroup(file); };
     return std::make_shared<spdlog::sinks::rotating_file_sink_mt>(
         QFile::encodeName(info.absoluteFilePath()).toStdString(), kFileSize,
-        std::min(keep, kMostFiles));
+        std::min(keep, kMostFiles), false, handlers);
 }
 
 std::unique_ptr<spdlog::logger> openLog(const QString &path, unsigned int keep, bool echo)

@@ -7,6 +7,8 @@
 #include <QThread>
 #include <QtTest>
 
+#include <sys/stat.h>
+
 #include <atomic>
 #include <deque>
 #include <functional>
@@ -123,6 +125,27 @@ private slots:
         QCOMPARE(lines[1], QStringLiteral("info     test.other told"));
         QCOMPARE(lines[2], QStringLiteral("warning  test.other warned"));
         QCOMPARE(lines[3], QStringLiteral("error    test.other \u043f\u043b\u043e\u0445\u043e"));
+    }
+
+    // Another user of the group may be the next to write to it.
+    void aLogIsAsOpenToTheGroupAsItsDirectory_data()
+    {
+        QTest::addColumn<mode_t>("directoryMode");
+        QTest::addColumn<mode_t>("fileMode");
+        QTest::newRow("directory of a group's") << mode_t(02770) << mode_t(0664);
+        QTest::newRow("directory of one user's") << mode_t(0755) << mode_t(0644);
+    }
+
+    void aLogIsAsOpenToTheGroupAsItsDirectory()
+    {
+        QFETCH(mode_t, directoryMode);
+        QVERIFY(chmod(QFile::encodeName(m_box->path()).constData(), directoryMode) == 0);
+        const mode_t before = umask(S_IWGRP | S_IWOTH);
+        start();
+        umask(before);
+        struct stat status = {};
+        QVERIFY(stat(QFile::encodeName(m_path).constData(), &status) == 0);
+        QTEST(status.st_mode & ACCESSPERMS, "fileMode");
     }
 
     void anotherThreadIsNamed()
