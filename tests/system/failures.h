@@ -10,6 +10,8 @@ public:
 
     void refused();
     void unplugged();
+    void password();
+    void silence();
 
 private:
     void isRefused(const QString &fault, const QString &told);

@@ -2,6 +2,7 @@
 
 #include <QDir>
 #include <QFile>
+#include <QFileInfo>
 #include <arpa/inet.h>
 #include <ifaddrs.h>
 #include <memory>
@@ -88,4 +89,19 @@ QStringList kernelview::usbManufacturers()
             names.append(QString::fromUtf8(name.trimmed()));
     }
     return names;
+}
+
+// A port's own directory is that of its interface, which lies in the device's.
+int kernelview::usbPorts(const QString &manufacturer)
+{
+    int count = 0;
+    const QDir ports(QStringLiteral("/sys/bus/usb-serial/devices"));
+    const QStringList all = ports.entryList(QDir::Dirs | QDir::NoDotAndDotDot);
+    for (const QString &port : all) {
+        const QDir device(QFileInfo(ports.filePath(port)).canonicalFilePath());
+        if (contents(device.filePath(QStringLiteral("../../manufacturer"))).trimmed()
+            == manufacturer.toUtf8())
+            ++count;
+    }
+    return count;
 }

@@ -13,6 +13,8 @@ QStringList addressesOf(const QString &interface);
 QString defaultRoute();
 /** Names of all processes, each as often as it runs. */
 QStringList processes();
+/** How many serial ports of ttyUSB* the USB device of that manufacturer has. */
+int usbPorts(const QString &manufacturer);
 /** USB devices by their manufacturer texts. */
 QStringList usbManufacturers();
 

@@ -8,7 +8,7 @@
 #include <cstdlib>
 #include <memory>
 
-// systemtest SCENARIO PICTURES: the tool itself, with a technician at it who walks through the
+// systemtest [SCENARIO PICTURES]: the tool itself, with a technician at it who walks through the
 // scenario. Ends with the tool's status, or with 1 where a step did not show what it must.
 
 namespace {
@@ -20,6 +20,8 @@ void startWalk()
 {
     technician.reset(QThread::create([] {
         const auto arguments = QCoreApplication::arguments();
+        if (arguments.size() < 3)
+            return; // the tool alone
         const auto walk = walkThrough(arguments.value(1));
         if (!walk) {
             std::fputs("there is no such scenario\n", stderr);

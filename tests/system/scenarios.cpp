@@ -5,6 +5,7 @@
 #include "networks.h"
 #include "powercuts.h"
 #include "searches.h"
+#include "users.h"
 
 #include <QMap>
 
@@ -26,6 +27,7 @@ Walk walkThrough(const QString &scenario)
         {QStringLiteral("dial"), of(&Connections::dial)},
         {QStringLiteral("takeover"), of(&Connections::takeover)},
         {QStringLiteral("search"), of(&Searches::search)},
+        {QStringLiteral("ask"), of(&Searches::ask)},
         {QStringLiteral("refused"), of(&Failures::refused)},
         {QStringLiteral("unplugged"), of(&Failures::unplugged)},
         {QStringLiteral("network"), of(&Networks::network)},
@@ -33,6 +35,12 @@ Walk walkThrough(const QString &scenario)
         {QStringLiteral("powercut-closing"), of(&PowerCuts::modemSettings)},
         {QStringLiteral("powercut-network"), of(&PowerCuts::networkSettings)},
         {QStringLiteral("powercut-restart"), of(&PowerCuts::networkSettings)},
+        {QStringLiteral("password"), of(&Failures::password)},
+        {QStringLiteral("silence"), of(&Failures::silence)},
+        {QStringLiteral("users"), of(&Users::users)},
+        {QStringLiteral("second-user"), of(&Users::secondUser)},
+        {QStringLiteral("second-user-again"), of(&Users::secondUserAgain)},
+        {QStringLiteral("outsider"), of(&Users::outsider)},
     };
     return all.value(scenario);
 }

@@ -5,6 +5,8 @@
 #include "window.h"
 
 #include <QFile>
+#include <QLineEdit>
+#include <QListView>
 #include <QTextBrowser>
 #include <QToolButton>
 
@@ -52,6 +54,11 @@ void Technician::isConnected()
 void Technician::stopsDial()
 {
     click(QStringLiteral("pbStop"));
+    dialHasEnded();
+}
+
+void Technician::dialHasEnded()
+{
     mustShow(
         QStringLiteral("the page is idle again"), [] { return isIdle(); }, 60s);
     mustShow(QStringLiteral("ppp0, its route, wvdial and pppd are gone"), [] {
@@ -61,6 +68,21 @@ void Technician::stopsDial()
     mustShow(QStringLiteral("the log tells how the dialer ended"),
         [] { return log().contains(QLatin1String("WvDial finished with code ")); });
     picture(QStringLiteral("stopped"));
+}
+
+void Technician::selects(const QString &connection)
+{
+    mustShow(QStringLiteral("%1 is listed").arg(connection), [=] {
+        return find<QListView>(QStringLiteral("listView"))->isVisible()
+            && listed().contains(connection);
+    });
+    clickAt([=] {
+        auto *view = find<QListView>(QStringLiteral("listView"));
+        const auto row = view->model()->index(listed().indexOf(connection), 0);
+        return view->viewport()->mapToGlobal(view->visualRect(row).center());
+    });
+    mustShow(QStringLiteral("the settings of %1 are shown").arg(connection),
+        [=] { return find<QLineEdit>(QStringLiteral("leName"))->text() == connection; });
 }
 
 void Technician::closes()
@@ -88,6 +110,15 @@ bool Technician::isIdle()
 {
     return find<QWidget>(QStringLiteral("cbDial"))->isEnabled()
         && !find<QWidget>(QStringLiteral("pbStop"))->isEnabled();
+}
+
+QStringList Technician::listed()
+{
+    const auto *model = find<QListView>(QStringLiteral("listView"))->model();
+    QStringList names;
+    for (int row = 0; row < model->rowCount(); ++row)
+        names.append(model->index(row, 0).data().toString());
+    return names;
 }
 
 QString Technician::log()

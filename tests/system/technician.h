@@ -21,11 +21,14 @@ protected:
     void startsDial(const QString &connection);
     void isConnected();
     void stopsDial();
+    void dialHasEnded();
+    void selects(const QString &connection);
     void closes();
     void services(const QStringList &told);
 
     static bool isEnabled(const char *name);
     static bool isIdle();
+    static QStringList listed();
     static QString log();
     static QString indicator();
     static bool runs(const QString &program);
