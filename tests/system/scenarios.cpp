@@ -41,6 +41,7 @@ Walk walkThrough(const QString &scenario)
         {QStringLiteral("second-user"), of(&Users::secondUser)},
         {QStringLiteral("second-user-again"), of(&Users::secondUserAgain)},
         {QStringLiteral("outsider"), of(&Users::outsider)},
+        {QStringLiteral("display"), of(&Users::display)},
     };
     return all.value(scenario);
 }

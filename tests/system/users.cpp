@@ -120,6 +120,15 @@ void Users::outsider()
     saysThatNothingIsSaved();
 }
 
+void Users::display()
+{
+    opens();
+    isNotRoot();
+    startsDial(QStringLiteral("gsm1"));
+    isConnected();
+    leaveMark();
+}
+
 void Users::saysThatNothingIsSaved()
 {
     click(QStringLiteral("pbSaveSettings"));

@@ -12,6 +12,7 @@ public:
     void secondUser();
     void secondUserAgain();
     void outsider();
+    void display(); ///< is to be taken from under the tool when it is connected
 
 private:
     static void leaveMark();
