@@ -41,7 +41,7 @@ def tests():
 def is_test(name, known=()):
     """Whether there is such a test in this build, or would be in one of another kind."""
     return name in known or any(
-        f"(NAME {name} " in path.read_text() for path in (TOP / "tests").rglob("CMakeLists.txt"))
+        re.search(rf"(?:NAME |tav_add_test\(){name}\s", path.read_text()) for path in (TOP / "tests").rglob("CMakeLists.txt"))
 
 
 def run(command):
