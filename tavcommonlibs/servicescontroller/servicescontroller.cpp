@@ -135,9 +135,14 @@ bool ServicesController::modemsServiceIsStopped()
 
 bool ServicesController::modemsServiceIsStarted()
 {
+    return modemsServiceRuns().value_or(true);
+}
+
+std::optional<bool> ServicesController::modemsServiceRuns()
+{
     ClientState state;
     if (!getClientState(BUSNAME_TAVMODEMS, state))
-        return true;
+        return std::nullopt;
     ModemServiceState modems;
     modems.setClientState(state);
     return modems.serviceMode() != ModemServiceState::Stopped;
@@ -234,7 +239,6 @@ void ServicesController::stopServices(Services services)
 {
     qCDebug(GUILOGGER).noquote() << tr("Stop services");
     m_services = services;
-    m_held = services;
     if (services.testFlag(TouchScreen))
         stopTouch();
 
@@ -243,6 +247,7 @@ void ServicesController::stopServices(Services services)
         emit stopped();
         return;
     }
+    m_held = services;
     // A command that reaches nobody ends nothing: the service may be on its way up.
     if (services.testFlag(Modems))
         sendTavBusCommand(BUSNAME_TAVMODEMS, kStop);
@@ -287,19 +292,22 @@ void ServicesController::startServices()
     qCDebug(GUILOGGER).noquote() << tr("Start services");
     startTouch();
     if (!ensureOpen()) {
+        if (m_held)
+            qCWarning(GUILOGGER, "Services were stopped and cannot be told to start");
         emit started();
         return;
     }
 
-    m_held = {};
     bool allStarted = true;
     const auto startUnless = [&](Test isStarted, const char *message, EService service) {
         if ((this->*isStarted)())
             return;
         allStarted = false;
         qCDebug(GUILOGGER, "%s", message);
-        sendStart(service);
+        if (!sendStart(service) && m_held.testFlag(service))
+            qCWarning(GUILOGGER) << service << "was stopped and cannot be told to start";
     };
+    m_held.setFlag(TouchScreen, false); // it has no state to be seen by
     startUnless(&ServicesController::modemsServiceIsStarted, "Modems are stopped", Modems);
     startUnless(&ServicesController::watchdogsServiceIsStarted, "Watchdogs are stopped", Watchdogs);
     startUnless(&ServicesController::printersServiceIsStarted, "Printers are stopped", Printers);
@@ -309,6 +317,7 @@ void ServicesController::startServices()
         return;
     }
     qCDebug(GUILOGGER, "Services are started");
+    m_held = {};
     const QPointer<TavBusQueryHandler> handler = m_handler; // goes with this, if a listener ends it
     emit started();
     if (handler)
@@ -339,6 +348,7 @@ void ServicesController::checkServicesStarted()
         return;
     }
     qCDebug(GUILOGGER, "Services are started");
+    m_held = {};
     emit started();
 }
 
@@ -348,7 +358,8 @@ void ServicesController::stopModemsService()
 {
     // A stop like the others: without this the polling would not look at the modem service at all.
     m_services = Modems;
-    m_held = Modems;
+    if (ensureOpen())
+        m_held = Modems; // a broker that does not answer in time may do it later
     if (!ensureOpen() || !sendTavBusCommand(BUSNAME_TAVMODEMS, kStop)) {
         emit modemsServiceStopped();
         return;
@@ -366,28 +377,38 @@ void ServicesController::checkModemsStopped()
 
 void ServicesController::startModemsService()
 {
-    if (!m_handler || modemsServiceIsStarted()) {
-        m_held = {};
+    const std::optional<bool> runs = modemsServiceRuns();
+    if (!m_handler || runs.value_or(true)) {
+        if (runs)
+            m_held = {};
+        else if (m_held)
+            qCWarning(GUILOGGER, "The modem service may stay stopped: its state is not known");
         emit modemsServiceStarted();
         return;
     }
     if (!ensureOpen() || !sendStart(Modems)) {
+        if (m_held)
+            qCWarning(GUILOGGER, "The modem service was stopped and cannot be told to start");
         const QPointer<TavBusQueryHandler> handler = m_handler;
         emit modemsServiceStarted();
         if (handler)
             handler->close();
         return;
     }
-    m_held = {};
     startWaiting(&ServicesController::checkModemsStarted);
 }
 
 void ServicesController::checkModemsStarted()
 {
-    if (!waitIsOver() && !modemsServiceIsStarted())
+    const bool isOver = waitIsOver();
+    const std::optional<bool> runs = isOver ? std::nullopt : modemsServiceRuns();
+    if (!isOver && !runs.value_or(true)) {
         pollAgain(&ServicesController::checkModemsStarted);
-    else
-        emit modemsServiceStarted();
+        return;
+    }
+    if (runs)
+        m_held = {};
+    emit modemsServiceStarted();
 }
 
 // --- The touch screen

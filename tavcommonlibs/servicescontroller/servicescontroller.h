@@ -7,6 +7,8 @@
 #include <QObject>
 #include <QPointer>
 
+#include <optional>
+
 namespace tavbus {
 class TavBusQueryHandler;
 }
@@ -67,7 +69,7 @@ public:
     bool acceptorsServiceIsStopped();
     bool acceptorsServiceIsStarted();
 
-    /// Tells the services that this has stopped and not started since to start again, whatever
+    /// Tells the services that this has stopped and not seen running since to start again, whatever
     /// their states, and waits for none of them; a command that does not get through is in the log.
     /// The sequence under way ends without its signal. For the end of a program whose event loop
     /// does not go on.
@@ -107,6 +109,7 @@ private:
     using Test = bool (ServicesController::*)();
 
     bool ensureOpen();
+    std::optional<bool> modemsServiceRuns(); // empty: its state is not known
     bool sendToAcceptors(const QString &name);
     bool sendStart(EService service);
     void startWaiting(Check check);
@@ -114,7 +117,7 @@ private:
     bool waitIsOver() const;
 
     Services m_services; // those that the last stop affected
-    Services m_held; // those of them that were not told to start since
+    Services m_held; // those of them that have not been seen running since
     bool m_isOver = false; // they were given back
     QPointer<tavbus::TavBusQueryHandler> m_handler; // child of this
     // Not a QTime, which midnight and every correction of the clock would upset.

@@ -55,6 +55,71 @@ private slots:
                 QStringLiteral("debug Start services")}));
     }
 
+    void aServiceThatMayStayStoppedIsInTheLog()
+    {
+        PrivateBus bus;
+        const FakeTerminal terminal;
+        QuickController controller;
+        QSignalSpy stopped(&controller, &ServicesController::modemsServiceStopped);
+        controller.stopModemsService();
+        QVERIFY(stopped.wait());
+        bus.stop();
+        controller.startModemsService();
+        QCOMPARE(m_log->warnings(),
+            QStringList{QStringLiteral(
+                "warning The modem service may stay stopped: its state is not known")});
+    }
+
+    void whatWasStoppedIsGivenBack()
+    {
+        const PrivateBus bus;
+        FakeTerminal terminal;
+        QuickController controller;
+        QSignalSpy stopped(&controller, &ServicesController::stopped);
+        QSignalSpy started(&controller, &ServicesController::started);
+        controller.stopServices();
+        QVERIFY(stopped.wait());
+        controller.giveServicesBack();
+        QTRY_COMPARE(terminal.modems.commands().last(), QStringLiteral("restart"));
+        QTRY_COMPARE(terminal.watchdogs.commands().last(), QStringLiteral("restart"));
+        QTRY_COMPARE(terminal.printers.commands().last(), QStringLiteral("restart"));
+        QTRY_COMPARE(terminal.acceptors.commands().last(), QStringLiteral("enable"));
+        QTRY_COMPARE(terminal.gui.commands(), QStringList(QStringLiteral("runTouch")));
+        QCOMPARE(started.count(), 0);
+    }
+
+    void servicesAreGivenBackInTheMiddleOfAStop()
+    {
+        const PrivateBus bus;
+        FakeTerminal terminal;
+        terminal.makeDeaf();
+        terminal.publishRunning();
+        QuickController controller;
+        QSignalSpy stopped(&controller, &ServicesController::modemsServiceStopped);
+        controller.stopModemsService();
+        controller.giveServicesBack();
+        terminal.publishStopped();
+        QTRY_COMPARE(terminal.modems.commands(),
+            QStringList({QStringLiteral("stop"), QStringLiteral("restart")}));
+        QVERIFY(!stopped.wait(10 * controller.period)); // nothing goes on
+    }
+
+    void aRunningServiceIsNotGivenBack()
+    {
+        const PrivateBus bus;
+        FakeTerminal terminal;
+        QuickController().giveServicesBack(); // nothing was stopped
+        QuickController second;
+        QSignalSpy secondStarted(&second, &ServicesController::modemsServiceStarted);
+        connect(&second, &ServicesController::modemsServiceStopped, &second,
+            &ServicesController::startModemsService);
+        second.stopModemsService();
+        QVERIFY(secondStarted.wait());
+        second.giveServicesBack(); // it was seen running
+        QCOMPARE(terminal.modems.commands(),
+            QStringList({QStringLiteral("stop"), QStringLiteral("restart")}));
+    }
+
     void withNoClientEverySequenceEndsAtOnce()
     {
         const PrivateBus bus;

@@ -182,6 +182,8 @@ bool MainDialog::sendSettings()
 
 void MainDialog::finishClosing(QCloseEvent *event)
 {
+    // What could not be told to start at the time, when the bus did not answer, may hear it now.
+    ui->pageModems->endWork();
     m_isConfirmed = true;
     QDialog::closeEvent(event);
 }
