@@ -227,6 +227,9 @@ void PrivateBus::writeConfiguration(const Options &options) const
                          "  </policy>\n"
                          "  <include>%1</include>\n")
               .arg(options.policy);
+    const QString limits = QStringLiteral("  <limit name=\"max_completed_connections\">%1</limit>\n"
+                                          "  <limit name=\"max_connections_per_user\">%1</limit>\n")
+                               .arg(options.maxConnections);
     write(m_directory.filePath(QStringLiteral("bus.conf")),
         QStringLiteral("<!DOCTYPE busconfig PUBLIC"
                        " \"-//freedesktop//DTD D-Bus Bus Configuration 1.0//EN\"\n"
@@ -236,9 +239,10 @@ void PrivateBus::writeConfiguration(const Options &options) const
                        "  <listen>%1</listen>\n"
                        "  <auth>EXTERNAL</auth>\n"
                        "  <servicedir>%2/services</servicedir>\n"
-                       "%3"
+                       "%3%4"
                        "</busconfig>\n")
-            .arg(m_address, m_directory.path(), options.policy.isEmpty() ? everybody : systemLike));
+            .arg(m_address, m_directory.path(), options.policy.isEmpty() ? everybody : systemLike,
+                options.maxConnections > 0 ? limits : QString()));
     if (options.withBroker)
         write(m_directory.filePath(QStringLiteral("services/%1.service").arg(kService)),
             QStringLiteral("[D-BUS Service]\nName=%1\nExec=%2\n")

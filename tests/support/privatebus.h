@@ -26,6 +26,7 @@ public:
         bool withBroker = true; ///< false: nothing starts the broker
         QString brokerCommand{}; ///< started in place of the real broker
         bool forOtherUsers = false; ///< reachable by processes of other users
+        int maxConnections = 0; ///< in place of the daemon's own limits, 0 for those
     };
 
     PrivateBus();

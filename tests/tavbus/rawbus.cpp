@@ -71,6 +71,11 @@ bool RawBus::send(const QByteArray &bytes)
         == bytes.size();
 }
 
+void RawBus::hangUp()
+{
+    ::shutdown(m_descriptor, SHUT_RDWR);
+}
+
 bool RawBus::isDisconnected()
 {
     pollfd wanted{m_descriptor, POLLIN, 0};

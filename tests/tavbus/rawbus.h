@@ -19,6 +19,8 @@ public:
     /// Authenticates and says Hello.
     bool open();
     bool send(const QByteArray &bytes);
+    /// Ends the connection, also under another thread that sends.
+    void hangUp();
     /// Waits until the text has come in.
     bool hears(const QByteArray &text);
     /// Waits until the bus has closed the connection.

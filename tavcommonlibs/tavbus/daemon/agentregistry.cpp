@@ -42,6 +42,17 @@ bool AgentRegistry::speaksAs(const QString &connection, const QString &agent) co
     return m_agentsOf.value(connection).contains(agent);
 }
 
+std::optional<uint> AgentRegistry::userOf(const QString &connection) const
+{
+    const QSet<QString> agents = m_agentsOf.value(connection);
+    if (agents.isEmpty())
+        return std::nullopt;
+    const QList<Member> members = m_members.value(*agents.cbegin());
+    return std::find_if(members.cbegin(), members.cend(), [&](const Member &member) {
+        return member.connection == connection;
+    })->user;
+}
+
 QStringList AgentRegistry::listeners(const QString &agent) const
 {
     QStringList connections;

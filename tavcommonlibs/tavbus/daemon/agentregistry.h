@@ -5,6 +5,8 @@
 #include <QString>
 #include <QStringList>
 
+#include <optional>
+
 namespace tavbus {
 
 /**
@@ -30,6 +32,9 @@ public:
     /// Whether the connection speaks as this agent; as any agent.
     bool speaksAs(const QString &connection, const QString &agent) const;
     bool isKnown(const QString &connection) const { return m_agentsOf.contains(connection); }
+
+    /// The user behind a known connection.
+    std::optional<uint> userOf(const QString &connection) const;
 
     QStringList listeners(const QString &agent) const;
 

@@ -19,6 +19,10 @@ using namespace std::chrono_literals;
 
 constexpr std::chrono::milliseconds kSettlingTime = 1s;
 constexpr int kMaxHeld = 64;
+// Commands of one connection, each counted once for every listener: far more than people and
+// services send, and little enough that one that floods its own listeners leaves the bus to others.
+constexpr int kDeliveriesAtOnce = 1000;
+constexpr int kDeliveriesPerSecond = 200;
 
 } // namespace
 
@@ -34,7 +38,9 @@ Broker::Broker(Store *store, const QDBusConnection &bus, QObject *parent)
         [this](const QString &connection) {
             m_callers.removeWatchedService(connection);
             m_agents.removeConnection(connection);
+            m_deliveries.remove(connection);
         });
+    m_clock.start();
     m_settling.setSingleShot(true);
     connect(&m_settling, &QTimer::timeout, this, &Broker::deliverHeld);
 }
@@ -58,10 +64,16 @@ void Broker::registerAgent(const QString &agent, bool listen)
     // Watched before the bus is asked whose connection it is: its end cannot be missed then.
     if (!m_agents.isKnown(caller))
         m_callers.addWatchedService(caller);
-    const QDBusReply<uint> user = m_bus.interface()->serviceUid(caller);
+    // Asked once: the answer stands behind everything that is under way to the broker.
+    std::optional<uint> user = m_agents.userOf(caller);
+    if (!user) {
+        const QDBusReply<uint> reply = m_bus.interface()->serviceUid(caller);
+        if (reply.isValid())
+            user = reply.value();
+    }
     auto result = AgentRegistry::Answer::Taken;
-    if (user.isValid())
-        result = m_agents.add(agent, caller, user.value(), listen);
+    if (user)
+        result = m_agents.add(agent, caller, *user, listen);
     if (!m_agents.isKnown(caller))
         m_callers.removeWatchedService(caller);
     if (result == AgentRegistry::Answer::Taken)
@@ -165,6 +177,8 @@ bool Broker::sendCommand(const QString &agent, const QString &command, const QVa
             QStringLiteral("the data are too large, nested too deep or of a type not carried"));
         return false;
     }
+    if (!mayDeliver(m_agents.listeners(agent).size()))
+        return false;
     if (deliver(agent, command, *map))
         return true;
     if (m_settling.isActive() && m_held.size() < kMaxHeld) {
@@ -215,6 +229,18 @@ bool Broker::callerIsKnown() const
     if (m_agents.isKnown(message().service()))
         return true;
     sendErrorReply(ERROR_NOT_REGISTERED, QStringLiteral("the caller has not registered"));
+    return false;
+}
+
+bool Broker::mayDeliver(int copies)
+{
+    const QString caller = message().service();
+    auto limit = m_deliveries.find(caller);
+    if (limit == m_deliveries.end())
+        limit = m_deliveries.insert(caller, RateLimit(kDeliveriesAtOnce, kDeliveriesPerSecond));
+    if (limit->take(std::max(copies, 1), m_clock.elapsed()))
+        return true;
+    sendErrorReply(QDBusError::LimitsExceeded, QStringLiteral("too many commands"));
     return false;
 }
 

@@ -1,12 +1,15 @@
 #pragma once
 
 #include "agentregistry.h"
+#include "ratelimit.h"
 #include "store.h"
 
 #include <QDBusConnection>
 #include <QDBusContext>
 #include <QDBusMessage>
 #include <QDBusServiceWatcher>
+#include <QElapsedTimer>
+#include <QHash>
 #include <QObject>
 #include <QTimer>
 #include <QVariantMap>
@@ -52,6 +55,7 @@ private:
 
     bool namesAreGood(const QStringList &names) const;
     bool callerIsKnown() const;
+    bool mayDeliver(int copies);
     void answer(Store::Change change) const;
     bool deliver(const QString &agent, const QString &command, const QVariantMap &data);
     void deliverHeld();
@@ -59,6 +63,8 @@ private:
     Store *const m_store;
     QDBusConnection m_bus;
     AgentRegistry m_agents;
+    QHash<QString, RateLimit> m_deliveries; // by sending connection
+    QElapsedTimer m_clock;
     QDBusServiceWatcher m_callers; // registered connections
     // A broker that takes the place of one that died is there before the agents have found it: for
     // a moment commands wait for their agent instead of being refused.

@@ -147,20 +147,27 @@ Store::Change Store::saveState(const QString &agent, const ClientState &state)
 {
     if (!m_states.contains(agent) && m_states.size() >= kMaxOwners)
         return Change::Full;
+    const KeptState kept{wire::fromDateTime(state.dt()), wire::packed(state.body())};
     QSqlQuery &query = m_statements->saveState;
     query.addBindValue(agent);
-    query.addBindValue(wire::fromDateTime(state.dt()));
-    query.addBindValue(wire::packed(state.body()));
+    query.addBindValue(kept.stamp);
+    query.addBindValue(kept.body);
     if (!run(query))
         return Change::Failed;
-    m_states.insert(agent, state);
+    m_states.insert(agent, kept);
     return Change::Done;
 }
 
 std::optional<ClientState> Store::state(const QString &agent) const
 {
     const auto found = m_states.constFind(agent);
-    return found == m_states.constEnd() ? std::nullopt : std::optional(*found);
+    const auto body = found == m_states.constEnd() ? std::nullopt : wire::unpacked(found->body);
+    if (!body)
+        return std::nullopt;
+    ClientState state;
+    state.setDt(wire::toDateTime(found->stamp));
+    state.setBody(body->toMap());
+    return state;
 }
 
 Store::Opened Store::tryOpen(const QString &file)
@@ -233,17 +240,14 @@ Store::Opened Store::readAll()
     if (!query.exec(QStringLiteral("SELECT agent, stamp, body FROM states")))
         return failed(query.lastError());
     while (query.next()) {
-        const auto body = wire::unpacked(query.value(2).toByteArray());
-        if (!body) {
+        const QByteArray body = query.value(2).toByteArray();
+        if (!wire::unpacked(body)) {
             // Its agent will publish another; no reason to give up everybody's settings.
             qCritical("the state of %s is damaged and left out",
                 qUtf8Printable(query.value(0).toString()));
             continue;
         }
-        ClientState state;
-        state.setDt(wire::toDateTime(query.value(1).toLongLong()));
-        state.setBody(body->toMap());
-        m_states.insert(query.value(0).toString(), state);
+        m_states.insert(query.value(0).toString(), {query.value(1).toLongLong(), body});
     }
     query.finish();
     m_statements = std::make_unique<Statements>(m_database);

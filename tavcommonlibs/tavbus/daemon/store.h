@@ -3,6 +3,7 @@
 #include "clientsettings.h"
 #include "clientstate.h"
 
+#include <QByteArray>
 #include <QHash>
 #include <QSet>
 #include <QSqlDatabase>
@@ -57,6 +58,13 @@ private:
     /// The statements in use, prepared once.
     struct Statements;
 
+    /// Packed: taken apart, small values need ten times the room, and any agent may publish some.
+    struct KeptState
+    {
+        qint64 stamp = 0;
+        QByteArray body;
+    };
+
     Opened tryOpen(const QString &file);
     Opened prepareSchema();
     Opened readAll();
@@ -70,7 +78,7 @@ private:
     QSqlDatabase m_database;
     std::unique_ptr<Statements> m_statements;
     QSet<QString> m_owners; // of settings
-    QHash<QString, ClientState> m_states; // by agent
+    QHash<QString, KeptState> m_states; // by agent
 };
 
 } // namespace tavbus
