@@ -4,6 +4,8 @@
 #include "stallwatch.h"
 
 #include <QElapsedTimer>
+#include <QFile>
+#include <QImage>
 #include <QLoggingCategory>
 #include <QMutex>
 #include <QScrollBar>
@@ -14,6 +16,9 @@
 
 #include <memory>
 #include <thread>
+
+#include <sys/inotify.h>
+#include <unistd.h>
 
 Q_LOGGING_CATEGORY(PANE, "panetest")
 Q_LOGGING_CATEGORY(OTHER, "othertest")
@@ -223,6 +228,73 @@ private slots:
         bar->setValue(0);
         qCDebug(PANE, "one more");
         QCOMPARE(bar->value(), 0);
+    }
+
+    void whatMarkupPointsToIsNotOpened_data()
+    {
+        QTest::addColumn<QString>("line");
+        QTest::newRow("picture") << QStringLiteral("a<img src=\"%1\">b");
+        QTest::newRow("picture, as a link") << QStringLiteral("a<img src=\"file://%1\">b");
+        QTest::newRow("style sheet") << QStringLiteral("a<link rel=\"stylesheet\" href=\"%1\">b");
+        QTest::newRow("style sheet, imported")
+            << QStringLiteral("a<style>@import url(%1);</style>b");
+        QTest::newRow("background")
+            << QStringLiteral("a<p style=\"background-image:url(%1)\">b</p>");
+        QTest::newRow("list mark")
+            << QStringLiteral("a<ul style=\"list-style-image:url(%1)\"><li>b</ul>");
+        QTest::newRow("link") << QStringLiteral("a<a href=\"%1\">b</a>");
+        QTest::newRow("frame") << QStringLiteral("a<iframe src=\"%1\"></iframe>b");
+    }
+    void whatMarkupPointsToIsNotOpened()
+    {
+        QFETCH(QString, line);
+        const QTemporaryDir directory;
+        const QString path = directory.filePath(QStringLiteral("picture.png"));
+        QImage picture(300, 300, QImage::Format_RGB32);
+        picture.fill(Qt::red);
+        QVERIFY(picture.save(path));
+        const int watch = ::inotify_init1(IN_NONBLOCK | IN_CLOEXEC);
+        QVERIFY(::inotify_add_watch(watch, QFile::encodeName(path).constData(), IN_OPEN) >= 0);
+
+        QTextBrowser browser;
+        browser.resize(400, 400);
+        browser.show();
+        const LogPane pane(&browser, PANE());
+        qCDebug(PANE).noquote() << line.arg(path);
+        QTest::qWait(1);
+        browser.grab();
+        // All over the text, for a link anywhere in it.
+        for (int x = 0; x < 40; x += 3)
+            QTest::mouseClick(browser.viewport(), Qt::LeftButton, {}, QPoint(x, 12));
+        char event[4096];
+        const bool isOpened = ::read(watch, event, sizeof(event)) > 0;
+        ::close(watch);
+        QVERIFY(!isOpened);
+        QCOMPARE(browser.source(), QUrl());
+        QVERIFY(browser.toPlainText().contains(QLatin1Char('a')));
+        QVERIFY(browser.document()->size().height() < 100);
+    }
+
+    void markupThatWouldTakeForEverStandsAsItCame_data()
+    {
+        QTest::addColumn<QString>("line");
+        QTest::newRow("tables in tables") << QStringLiteral("<table><tr><td>").repeated(40);
+        QTest::newRow("tables, not closed") << QStringLiteral("< TABLE><td>").repeated(40);
+        QTest::newRow("wide cells")
+            << QStringLiteral("<table cellspacing=100000000 border=1000000><tr><td>x");
+        QTest::newRow("many cells")
+            << QStringLiteral("<td colspan=30000 rowspan=30000>x").repeated(3);
+        QTest::newRow("many tags") << QStringLiteral("<ul><li>").repeated(5000);
+    }
+    void markupThatWouldTakeForEverStandsAsItCame()
+    {
+        QFETCH(QString, line);
+        QTextBrowser browser;
+        browser.show();
+        const LogPane pane(&browser, PANE());
+        qCDebug(PANE).noquote() << line;
+        QCOMPARE(texts(&browser), QStringList{line});
+        browser.grab();
     }
 
     void floodFromAnotherThreadKeepsTheEventLoopRunning()

@@ -732,6 +732,58 @@ private slots:
         QCOMPARE(page.resultLines(), QStringList{name});
     }
 
+    void hostileNetworkIsShownAndNothingElse_data()
+    {
+        QTest::addColumn<QByteArray>("text");
+        QTest::addColumn<bool>("isShown"); // in the log, with its markup taken for markup
+        QTest::newRow("markup") << QByteArray(
+            "<h1>Hello</h1><img src=/etc/passwd><a href=/etc>x</a>")
+                                << true;
+        QTest::newRow("script") << QByteArray("<script>Hello()</script>") << false;
+        QTest::newRow("tables in tables")
+            << QByteArray("Hello<table><tr><td>").repeated(30) << true;
+        QTest::newRow("markup that does not end")
+            << QByteArray("Hello <b <i \\ & &#0; &#x110000;") << true;
+        QTest::newRow("control characters")
+            << QByteArray("Hello\x01\x07\x08\x0b\x0c\x1b[2J\x7f") << true;
+        QTest::newRow("wrong letters") << QByteArray("Hello\xff\xfe\xc0\xaf\xed\xa0\x80") << true;
+        QTest::newRow("a megabyte without a line end") << QByteArray(1 << 20, 'x') << false;
+    }
+    void hostileNetworkIsShownAndNothingElse()
+    {
+        QFETCH(QByteArray, text);
+        QFETCH(bool, isShown);
+        ScriptedModem modem;
+        answerQuery(modem);
+        const auto ok = [](const QByteArray &line) { return ScriptedModem::ok(line); };
+        modem.answers["AT+CSQ"] = ok("+CSQ: " + text);
+        if (text.size() < 1 << 20) { // else it is waited for in vain, for half a minute each
+            modem.answers["AT+CUSD=1,\"*111#\",15"] = ok("+CUSD: 0,\"" + text + "\",15");
+            modem.answers["AT+CUSD=1,\"*100#\",15"] = ok("+CUSD: 0,\"" + text + " 5 rub\",15");
+        }
+        modem.answers["AT+CUSD=2"] = ok({});
+        modem.answers["AT+CGMR"] = ok(text);
+        modem.answers["AT+CMGL=4"] = ok("+CMGL: 1,0,,31\r\n" + text);
+        modem.start();
+        store({modemOn(modem.path())});
+        Page page;
+        page.show();
+        page.press();
+        QTRY_COMPARE_WITH_TIMEOUT(page.finishedSpy.count(), 1, 100000);
+        page.grab();
+        // The page has what the modem told without the network, and no word of the rest.
+        const QStringList shown = page.resultLines();
+        QCOMPARE(shown.mid(0, 6),
+            lines("gsm1|MCC: 999|MNC: 1|LAC: 1A2B|CID: C3F4D5|Operator: All & Everything"));
+        for (const QString &line : shown.mid(6))
+            QVERIFY2(line.startsWith(QStringLiteral("Balance: "))
+                    || line == QStringLiteral("Sim number: +79161234567"),
+                qPrintable(line));
+        QCOMPARE(page.log()->toPlainText().contains(QStringLiteral("Hello")), isShown);
+        QCOMPARE(page.log()->source(), QUrl());
+        QVERIFY(page.button()->isEnabled());
+    }
+
     void pageThatIsGoneShowsNothing()
     {
         auto page = std::make_unique<Page>();

@@ -1,9 +1,11 @@
 #include "logpane.h"
 
+#include "inertdocument.h"
 #include "loggermanager.h"
 
 #include <QLoggingCategory>
 #include <QMutex>
+#include <QRegularExpression>
 #include <QTextBrowser>
 
 namespace {
@@ -27,6 +29,30 @@ QString colourOf(QtMsgType type)
     }
 }
 
+// Messages and names come from the network, and markup in them is taken for markup. But tables
+// within tables take a time that doubles with each to lay out, and a single one of very wide cells
+// takes as long: a short message could stop the program for good.
+bool isHarmless(const QString &line)
+{
+    constexpr int kMostTags = 500;
+    static const QRegularExpression table(
+        QStringLiteral("<\\s*(table|tbody|thead|tfoot|tr|td|th)\\b"),
+        QRegularExpression::CaseInsensitiveOption);
+    return line.count(QLatin1Char('<')) <= kMostTags && !line.contains(table);
+}
+
+// Of a pane whose text others have written: it neither opens what that points to nor goes there.
+void makeInert(QTextBrowser &pane)
+{
+    const QTextDocument &former = *pane.document();
+    auto *const document = new InertDocument(&pane);
+    document->setDefaultFont(former.defaultFont());
+    document->setDefaultTextOption(former.defaultTextOption());
+    document->setUndoRedoEnabled(false);
+    pane.setDocument(document);
+    pane.setOpenLinks(false);
+}
+
 } // namespace
 
 LogPane::LogPane(QTextBrowser *pane, const QLoggingCategory &category, Lock lock)
@@ -34,6 +60,8 @@ LogPane::LogPane(QTextBrowser *pane, const QLoggingCategory &category, Lock lock
     , m_pane(pane)
     , m_lock(lock)
 {
+    if (m_pane)
+        makeInert(*m_pane);
     QObject::connect(&m_turn, &QTimer::timeout, &m_turn, [this] { goOn(); });
     LoggerManager::setOutputs(
         m_name, [this](QtMsgType type, const QMessageLogContext &, const QString &text) {
@@ -99,7 +127,9 @@ void LogPane::append(const Line &line)
     QElapsedTimer clock;
     clock.start();
     // Both at once: a "%2" in a line of the dialer's is text, not a place to fill.
-    m_pane->append(QStringLiteral("<font color=\"%1\">%2</font>").arg(line.first, line.second));
+    m_pane->append(
+        QStringLiteral("<font color=\"%1\">%2</font>")
+            .arg(line.first, isHarmless(line.second) ? line.second : line.second.toHtmlEscaped()));
     m_spent += clock.nsecsElapsed();
 }
 

@@ -20,6 +20,9 @@ class QTextBrowser;
 /// still: the rest of a flood follows from the event loop, in order, in one share a turn. A turn is
 /// one round of the event loop, in which it also gets to the user's input and to painting. A
 /// category has one pane at a time: a later LogPane takes it over.
+///
+/// Markup in a line is taken for markup, and what it points to is neither opened nor gone to; a
+/// line with a table, or with very many tags, stands there as it came instead.
 class LogPane
 {
     Q_DISABLE_COPY_MOVE(LogPane)
