@@ -29,6 +29,9 @@ class Bus(unittest.TestCase):
             "Owners of settings; agents with a state": f"{constant('daemon/store.h', 'kMaxOwners')} each",
             "Agents of a connection": f"{constant('daemon/agentregistry.h', 'kMaxAgentsOfConnection')}",
             "Connections of an agent": f"{constant('daemon/agentregistry.h', 'kMaxConnectionsOfAgent')}",
+            "Commands that a connection sends, each counted once for every listener":
+                f"{constant('daemon/broker.cpp', 'kDeliveriesAtOnce')} at once,"
+                f" {constant('daemon/broker.cpp', 'kDeliveriesPerSecond')} a second",
         })
 
     def test_numbers_in_the_reference(self):
@@ -37,6 +40,8 @@ class Bus(unittest.TestCase):
                 ("daemon/agentregistry.h", "kMaxConnectionsOfAgent", "or {} connections of one agent"),
                 ("daemon/store.h", "kMaxOwners", "({} owners have records already)"),
                 ("daemon/store.h", "kMaxOwners", "({} agents have states already)"),
+                ("daemon/broker.cpp", "kDeliveriesAtOnce", "more than {} at once"),
+                ("daemon/broker.cpp", "kDeliveriesPerSecond", "or {} a second"),
                 ("daemon/broker.cpp", "kMaxHeld", "up to {} commands wait")):
             self.assertTrue(words.format(constant(path, name)) in DOCUMENT)
         self.assertEqual(constant("daemon/broker.cpp", "kSettlingTime"), 1)

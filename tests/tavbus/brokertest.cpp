@@ -53,6 +53,7 @@ private slots:
     void ownersAreBounded();
     void agentsOfAConnectionAreBounded();
     void forgedCommandIsNotHeard();
+    void floodOfCommandsIsRefused();
     void bytesOfGoodFormAreAnswered();
     void garbageOnTheWireHurtsNobodyElse_data();
     void garbageOnTheWireHurtsNobodyElse();
@@ -318,6 +319,30 @@ void BrokerTest::forgedCommandIsNotHeard()
     QVERIFY(m_handler->sendMessage({BUSNAME_TAVMODEMS, QStringLiteral("stop"), {}}));
     QTRY_COMPARE(received.count(), 1);
     QCOMPARE(received.at(0).at(0).value<TavBusCommand>().name(), QStringLiteral("stop"));
+}
+
+void BrokerTest::floodOfCommandsIsRefused()
+{
+    TavBusAgent agent(BUSNAME_TAVMODEMS);
+    QVERIFY(agent.open());
+    QSignalSpy received(&agent, &TavBusAgent::commandReceived);
+    QCOMPARE(call(QStringLiteral("registerAgent"), {QStringLiteral("evil"), false}), QString());
+    auto message = QDBusMessage::createMethodCall(
+        BROKER_SERVICE, BROKER_PATH, BROKER_INTERFACE, QStringLiteral("sendCommand"));
+    message.setArguments({BUSNAME_TAVMODEMS, QStringLiteral("stop"), QVariantMap()});
+    constexpr int sent = 5000;
+    for (int i = 0; i < sent; ++i)
+        m_raw->bus().send(message);
+    // Behind all of them.
+    const QString last = call(
+        QStringLiteral("sendCommand"), {BUSNAME_TAVMODEMS, QStringLiteral("stop"), QVariantMap()});
+    QCOMPARE(last, QDBusError::errorString(QDBusError::LimitsExceeded));
+    // Others still may.
+    QVERIFY(m_handler->sendMessage({BUSNAME_TAVMODEMS, QStringLiteral("restart"), {}}));
+    QTRY_VERIFY(!received.isEmpty()
+        && received.constLast().at(0).value<TavBusCommand>().name() == QLatin1String("restart"));
+    QVERIFY(received.count() >= 1000);
+    QVERIFY(received.count() < sent);
 }
 
 void BrokerTest::bytesOfGoodFormAreAnswered()
