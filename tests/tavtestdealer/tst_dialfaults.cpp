@@ -1,11 +1,10 @@
 #include "runtimeenvironment.h"
+#include "savedrecord.h"
 #include "terminal.h"
 #include "testmodemscfg.h"
 
-#include "busnames.h"
 #include "initconfig.h"
 #include "loggermanager.h"
-#include "tavbusqueryhandler.h"
 
 #include <QApplication>
 #include <QDir>
@@ -35,11 +34,7 @@ constexpr int kDeafDialer = 40000;
 
 QVariantList savedModems()
 {
-    tavbus::TavBusQueryHandler handler(tavbus::BUSNAME_TESTDEALER);
-    tavbus::ClientSettings settings;
-    return handler.open() && handler.loadSettings(tavbus::BUSNAME_TAVMODEMS, settings)
-        ? settings.settings()
-        : QVariantList();
+    return savedSettings(tavbus::BUSNAME_TAVMODEMS);
 }
 
 } // namespace

@@ -4,14 +4,14 @@
 #include "marktranslator.h"
 #include "modalbox.h"
 #include "modemswidget.h"
+#include "savedrecord.h"
+#include "storedmodems.h"
 #include "terminalconf.h"
 #include "testdialwidget.h"
 #include "touchstyle.h"
 #include "webserver.h"
 
 #include "abstractworkerthread.h"
-#include "busnames.h"
-#include "modemsettings.h"
 #include "privatebus.h"
 #include "tavbusqueryhandler.h"
 
@@ -31,17 +31,7 @@ namespace {
 
 void storeModem(const QString &name)
 {
-    ModemInfo info;
-    info.setConnectionName(name);
-    ModemSettings().setModems({{name, info}});
-    ModemSettings().setConnectionsOrder({name});
-}
-
-std::unique_ptr<tavbus::ClientSettings> saved(const QString &owner)
-{
-    auto settings = std::make_unique<tavbus::ClientSettings>();
-    tavbus::TavBusQueryHandler handler(tavbus::BUSNAME_TESTDEALER);
-    return handler.open() && handler.loadSettings(owner, *settings) ? std::move(settings) : nullptr;
+    store({modemOn(QString(), name)});
 }
 
 QPushButton *button(const QWidget &dialog, const char *name)
@@ -257,7 +247,7 @@ private slots:
         QVERIFY(dialog.isVisible());
         QVERIFY(dialog.isEnabled());
         QVERIFY(isTesting(dialog));
-        QVERIFY(!saved(tavbus::BUSNAME_TESTDEALER));
+        QVERIFY(!savedRecord(tavbus::BUSNAME_TESTDEALER));
     }
 
     void everyWayOfClosingAsks_data()
@@ -335,7 +325,7 @@ private slots:
         std::unique_ptr<tavbus::ClientSettings> record;
         const QDateTime before = QDateTime::currentDateTime();
         ModalBoxes boxes({[&](QMessageBox *box) {
-            record = saved(tavbus::BUSNAME_TESTDEALER);
+            record = savedRecord(tavbus::BUSNAME_TESTDEALER);
             box->button(QMessageBox::Cancel)->click();
         }});
         dialog.close();
@@ -359,7 +349,7 @@ private slots:
         ModalBoxes boxes({ModalBoxes::click(QMessageBox::Cancel)});
         dialog.close();
         QVERIFY(stopped > 0);
-        const auto record = saved(tavbus::BUSNAME_TESTDEALER);
+        const auto record = savedRecord(tavbus::BUSNAME_TESTDEALER);
         QVERIFY(record);
         QVERIFY(record->dt().toMSecsSinceEpoch() >= stopped);
     }
@@ -387,7 +377,7 @@ private slots:
         QVERIFY(dialog.isVisible());
         QVERIFY(dialog.isEnabled());
         QVERIFY(!isTesting(dialog));
-        QVERIFY(!saved(tavbus::BUSNAME_TAVMODEMS));
+        QVERIFY(!savedRecord(tavbus::BUSNAME_TAVMODEMS));
         // It can be closed later on, without the thread.
         QVERIFY(dialog.close());
         QCOMPARE(boxes.shown.size(), 2);
@@ -402,7 +392,7 @@ private slots:
         QVERIFY(dialog.close());
         QVERIFY(!dialog.isVisible());
         QCOMPARE(rejected.count(), 1); // the base class has closed it
-        const auto record = saved(tavbus::BUSNAME_TAVMODEMS);
+        const auto record = savedRecord(tavbus::BUSNAME_TAVMODEMS);
         QVERIFY(record);
         QCOMPARE(record->settings(), ModemSettings().toSettingsList());
     }
@@ -416,8 +406,8 @@ private slots:
         QVERIFY(dialog.close());
         QVERIFY(!dialog.isVisible());
         QCOMPARE(rejected.count(), 1);
-        QVERIFY(!saved(tavbus::BUSNAME_TAVMODEMS));
-        QVERIFY(saved(tavbus::BUSNAME_TESTDEALER));
+        QVERIFY(!savedRecord(tavbus::BUSNAME_TAVMODEMS));
+        QVERIFY(savedRecord(tavbus::BUSNAME_TESTDEALER));
     }
 
     void failedSaveClosesAllTheSame()
@@ -536,7 +526,7 @@ private slots:
     {
         MainDialog dialog;
         QVERIFY(dialog.saveSettings());
-        QVERIFY(saved(tavbus::BUSNAME_TAVMODEMS));
+        QVERIFY(savedRecord(tavbus::BUSNAME_TAVMODEMS));
         storeModem(QStringLiteral("other"));
         dialog.loadSettings();
         QCOMPARE(ModemSettings().connectionsOrder(), QStringList{QStringLiteral("gsm1")});
@@ -560,8 +550,8 @@ private slots:
         dialog.close();
         QCOMPARE(boxes.shown.first().title, QStringLiteral("xTest dealer closing"));
         QCOMPARE(boxes.shown.first().text, QStringLiteral("xSave modems settings?"));
-        QCOMPARE(
-            saved(tavbus::BUSNAME_TESTDEALER)->description(), QStringLiteral("xFrom test dealer"));
+        QCOMPARE(savedRecord(tavbus::BUSNAME_TESTDEALER)->description(),
+            QStringLiteral("xFrom test dealer"));
     }
 
 private:

@@ -5,13 +5,13 @@
 #include "painted.h"
 #include "portspeed.h"
 #include "querymodem.h"
+#include "storedmodems.h"
 #include "touchstyle.h"
 
 #include "atmodem.h"
 #include "atmodemlog.h"
 #include "connectionquery.h"
 #include "loggermanager.h"
-#include "modemsettings.h"
 #include "privatebus.h"
 #include "servicescontroller.h"
 
@@ -31,29 +31,8 @@
 
 namespace {
 
-const QString gsm1 = QStringLiteral("gsm1");
 const QString noPort = QStringLiteral("/dev/nowhere");
 constexpr int kLong = 20000; // ms; two polls of a second and a query fit in many times
-
-ModemInfo modemOn(const QString &port, const QString &name = gsm1)
-{
-    ModemInfo modem;
-    modem.setConnectionName(name);
-    modem.setPortName(port);
-    return modem;
-}
-
-void store(const QList<ModemInfo> &modems)
-{
-    QMap<QString, ModemInfo> map;
-    QStringList order;
-    for (const ModemInfo &modem : modems) {
-        map.insert(modem.connectionName(), modem);
-        order.append(modem.connectionName());
-    }
-    ModemSettings().setModems(map);
-    ModemSettings().setConnectionsOrder(order);
-}
 
 /// Waits for a network but a moment.
 class QuickModem : public AtModem

@@ -1,9 +1,9 @@
 #include "dragout.h"
 #include "searchbench.h"
+#include "storedmodems.h"
 #include "touchstyle.h"
 
 #include "loggermanager.h"
-#include "modemsettings.h"
 #include "privatebus.h"
 
 #include <QApplication>
@@ -15,14 +15,6 @@ constexpr int kLong = 30000; // ms; polls of a second and a search fit in many t
 const QByteArray imeiA = "353142033840706";
 const QByteArray imeiB = "866884040012345";
 const QString old = QStringLiteral("old");
-
-void storeOld()
-{
-    ModemInfo info;
-    info.setConnectionName(old);
-    ModemSettings().setModems({{old, info}});
-    ModemSettings().setConnectionsOrder({old});
-}
 
 } // namespace
 
@@ -45,7 +37,7 @@ private slots:
     }
     void init()
     {
-        storeOld();
+        store({modemOn(QString(), old)});
         m_terminal = std::make_unique<FakeTerminal>();
         m_terminal->publishRunning();
     }

@@ -3,15 +3,14 @@
 #include "modalbox.h"
 #include "modemackwidget.h"
 #include "modemswidget.h"
+#include "savedrecord.h"
 #include "searchwidget.h"
 #include "testdialwidget.h"
 #include "touchstyle.h"
 
-#include "busnames.h"
 #include "loggermanager.h"
 #include "modemsettings.h"
 #include "privatebus.h"
-#include "tavbusqueryhandler.h"
 
 #include <QButtonGroup>
 #include <QComboBox>
@@ -59,13 +58,6 @@ void save(const QString &owner, const QStringList &names)
     tavbus::TavBusQueryHandler handler(tavbus::BUSNAME_TESTDEALER);
     QVERIFY(handler.open());
     QVERIFY(handler.saveSettings(settings));
-}
-
-std::unique_ptr<tavbus::ClientSettings> saved(const QString &owner)
-{
-    auto settings = std::make_unique<tavbus::ClientSettings>();
-    tavbus::TavBusQueryHandler handler(tavbus::BUSNAME_TESTDEALER);
-    return handler.open() && handler.loadSettings(owner, *settings) ? std::move(settings) : nullptr;
 }
 
 QPushButton *button(const QWidget &page, const char *name)
@@ -206,7 +198,7 @@ private slots:
         ModemsWidget page;
         page.show();
         dragOut(button(page, "pbSaveSettings"));
-        QVERIFY(saved(tavbus::BUSNAME_TAVMODEMS));
+        QVERIFY(savedRecord(tavbus::BUSNAME_TAVMODEMS));
     }
 
     void withoutARecordTheStoreStaysEmpty()
@@ -293,16 +285,16 @@ private slots:
         store(ours);
         const QDateTime before = QDateTime::currentDateTime();
         QTest::mousePress(button(page, "pbSaveSettings"), Qt::LeftButton);
-        QVERIFY(!saved(tavbus::BUSNAME_TAVMODEMS));
+        QVERIFY(!savedRecord(tavbus::BUSNAME_TAVMODEMS));
         QTest::mouseRelease(button(page, "pbSaveSettings"), Qt::LeftButton);
-        const auto record = saved(tavbus::BUSNAME_TAVMODEMS);
+        const auto record = savedRecord(tavbus::BUSNAME_TAVMODEMS);
         QVERIFY(record);
         QCOMPARE(record->owner(), tavbus::BUSNAME_TAVMODEMS);
         QCOMPARE(record->description(), QStringLiteral("From test dealer"));
         QCOMPARE(record->settings(), ModemSettings().toSettingsList());
         QVERIFY(record->dt() >= before.addMSecs(-1));
         QVERIFY(record->dt() <= QDateTime::currentDateTime());
-        QVERIFY(!saved(tavbus::BUSNAME_TESTDEALER));
+        QVERIFY(!savedRecord(tavbus::BUSNAME_TESTDEALER));
         QVERIFY(page.saveSettings());
     }
 
@@ -324,7 +316,7 @@ private slots:
         // The bus is back: nothing was lost.
         m_bus->start();
         QVERIFY(page.saveSettings());
-        QVERIFY(saved(tavbus::BUSNAME_TAVMODEMS));
+        QVERIFY(savedRecord(tavbus::BUSNAME_TAVMODEMS));
     }
 
     void workOfAnyPageHoldsTheButtons_data()

@@ -1,14 +1,13 @@
 #include "modalbox.h"
+#include "savedrecord.h"
 #include "settingspage.h"
 #include "terminal.h"
 
-#include "busnames.h"
 #include "initconfig.h"
 #include "loggermanager.h"
 #include "modemswidget.h"
 #include "runtimeenvironment.h"
 #include "servicescontroller.h"
-#include "tavbusqueryhandler.h"
 
 #include <QApplication>
 #include <QProcess>
@@ -85,14 +84,6 @@ int showInThisProcess()
     return 0;
 }
 
-QVariantList saved(const QString &owner)
-{
-    tavbus::TavBusQueryHandler handler(tavbus::BUSNAME_TESTDEALER);
-    tavbus::ClientSettings settings;
-    return handler.open() && handler.loadSettings(owner, settings) ? settings.settings()
-                                                                   : QVariantList();
-}
-
 } // namespace
 
 class SettingsRoundTripTest : public QObject
@@ -105,7 +96,7 @@ private slots:
         LoggerManager::initLog(InitConfig().loggerPath(), 2, false, QtDebugMsg);
         m_terminal = std::make_unique<Terminal>();
         QVERIFY(m_terminal->isValid());
-        m_theirs = saved(tavbus::BUSNAME_TAVMODEMS);
+        m_theirs = savedSettings(tavbus::BUSNAME_TAVMODEMS);
         QVERIFY(!m_theirs.isEmpty());
     }
     void cleanupTestCase()
@@ -168,9 +159,9 @@ private slots:
             editEverything(tool.page);
             edited = shownOn(tool.page);
             store = ModemSettings().toSettingsList();
-            QVERIFY(saved(tavbus::BUSNAME_TAVMODEMS) != store);
+            QVERIFY(savedSettings(tavbus::BUSNAME_TAVMODEMS) != store);
             tool.press("pbSaveSettings");
-            QCOMPARE(saved(tavbus::BUSNAME_TAVMODEMS), store);
+            QCOMPARE(savedSettings(tavbus::BUSNAME_TAVMODEMS), store);
         }
         for (const char *part :
             {"leUser: петя & co", "lePassword: p@ss \"word\"", "leDialCmd: ATDP", "leISDN: 42",
@@ -207,7 +198,7 @@ private slots:
         const QStringList shown = shownOn(tool.page);
         QVariantList ownAtTheQuestion;
         ModalBoxes boxes({[&](QMessageBox *box) {
-            ownAtTheQuestion = saved(tavbus::BUSNAME_TESTDEALER);
+            ownAtTheQuestion = savedSettings(tavbus::BUSNAME_TESTDEALER);
             box->button(static_cast<QMessageBox::StandardButton>(answer))->click();
         }});
         tool.press("pbClose");
@@ -216,7 +207,7 @@ private slots:
         QCOMPARE(ownAtTheQuestion, store); // sent before it asks
         QCOMPARE(tool.dialog.isVisible(), !closes);
         QCOMPARE(tool.dialog.isEnabled(), !closes);
-        QCOMPARE(saved(tavbus::BUSNAME_TAVMODEMS), isSavedForTheService ? store : m_theirs);
+        QCOMPARE(savedSettings(tavbus::BUSNAME_TAVMODEMS), isSavedForTheService ? store : m_theirs);
         QCOMPARE(ModemSettings().toSettingsList(), store);
         // The tool's own record comes back first, whatever the service's one is.
         QCOMPARE(shownAfterRestart(), shown);
@@ -226,7 +217,7 @@ private slots:
         tool.page.select(0);
         tool.page.type(tool.page.line("leUser"), QStringLiteral("edited again"));
         tool.press("pbSaveSettings");
-        QCOMPARE(saved(tavbus::BUSNAME_TAVMODEMS), ModemSettings().toSettingsList());
+        QCOMPARE(savedSettings(tavbus::BUSNAME_TAVMODEMS), ModemSettings().toSettingsList());
     }
 
     // The page stops no service for it: whoever holds the port keeps it.

@@ -5,11 +5,11 @@
 #include "portspeed.h"
 #include "scriptedmodem.h"
 #include "stallwatch.h"
+#include "storedmodems.h"
 #include "testdialwidget.h"
 #include "testmodemscfg.h"
 
 #include "loggermanager.h"
-#include "modemsettings.h"
 #include "privatebus.h"
 
 #include <QComboBox>
@@ -31,29 +31,8 @@
 
 namespace {
 
-const QString gsm1 = QStringLiteral("gsm1");
 const QString noPort = QStringLiteral("/dev/nowhere");
 constexpr int kLong = 20000; // ms; two polls of a second and a dial fit in many times
-
-ModemInfo modemOn(const QString &port, const QString &name = gsm1)
-{
-    ModemInfo modem;
-    modem.setConnectionName(name);
-    modem.setPortName(port);
-    return modem;
-}
-
-void store(const QList<ModemInfo> &modems)
-{
-    QMap<QString, ModemInfo> map;
-    QStringList order;
-    for (const ModemInfo &modem : modems) {
-        map.insert(modem.connectionName(), modem);
-        order.append(modem.connectionName());
-    }
-    ModemSettings().setModems(map);
-    ModemSettings().setConnectionsOrder(order);
-}
 
 /// A file that can be read and that nobody, root included, can write.
 class SealedFile

@@ -2,12 +2,12 @@
 #include "openfiles.h"
 #include "querymodem.h"
 #include "searchbench.h"
+#include "storedmodems.h"
 #include "touchstyle.h"
 
 #include "atmodemlog.h"
 #include "loggermanager.h"
 #include "modemackwidget.h"
-#include "modemsettings.h"
 #include "privatebus.h"
 
 #include <QApplication>
@@ -22,7 +22,6 @@
 
 namespace {
 
-const QString gsm1 = QStringLiteral("gsm1");
 const QByteArray imei = "353142033840706";
 constexpr int kLong = 30000; // ms
 
@@ -159,11 +158,7 @@ private:
             teach(modem);
         modem.hangUpAt = unpluggedAt;
         modem.start();
-        ModemInfo info;
-        info.setConnectionName(gsm1);
-        info.setPortName(modem.path());
-        ModemSettings().setModems({{gsm1, info}});
-        ModemSettings().setConnectionsOrder({gsm1});
+        store({modemOn(modem.path())});
         ModemAckWidget page;
         page.show();
         QSignalSpy finished(&page, &ModemAckWidget::finished);
