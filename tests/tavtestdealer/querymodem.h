@@ -1,30 +1,15 @@
 #pragma once
 
+#include "operatorsfile.h"
 #include "scriptedmodem.h"
-#include "terminalconf.h"
 
-#include <QFile>
-#include <QTemporaryDir>
-
-/// The operators of a test, laid over the machine's own table. To be made before the first look-up
-/// in the process: the table is read once.
-///
 /// 999-1 has everything and tells the card's number by USSD, 999-2 by a message, 999-3 has but a
 /// name; 999-99 is nobody's.
-class TestOperators
+class TestOperators : public OperatorsFile
 {
 public:
     TestOperators()
-        : m_conf(QStringLiteral("\n[modems]\noperators=%1\n").arg(write(m_directory)))
-    {
-    }
-
-private:
-    static QString write(const QTemporaryDir &directory)
-    {
-        const QString path = directory.filePath(QStringLiteral("operators.xml"));
-        QFile file(path);
-        const QByteArray text = R"(<serviceproviders format="2.0"><country code="xx">
+        : OperatorsFile(R"(<serviceproviders format="2.0"><country code="xx">
 <provider primary="true"><name>All &amp; Everything</name><gsm>
 <network-id mcc="999" mnc="1"/><balance-check><ussd>*100#</ussd></balance-check>
 <msisdn-query><ussd>*111#</ussd></msisdn-query>
@@ -35,14 +20,9 @@ private:
 <msisdn-query><sms>111</sms></msisdn-query></gsm></provider>
 <provider primary="true"><name>Name Only</name><gsm>
 <network-id mcc="999" mnc="3"/></gsm></provider>
-</country></serviceproviders>)";
-        if (!file.open(QIODevice::WriteOnly) || file.write(text) != text.size())
-            qFatal("no file for the operators of the test");
-        return path;
+</country></serviceproviders>)")
+    {
     }
-
-    QTemporaryDir m_directory;
-    const TerminalConf m_conf;
 };
 
 /// Teaches a modem that answers a query the network 999-2, which tells the number by a message.

@@ -1,6 +1,6 @@
 #include "modemackwidget.h"
+#include "operatorsfile.h"
 #include "terminal.h"
-#include "terminalconf.h"
 
 #include "busnames.h"
 #include "initconfig.h"
@@ -15,7 +15,6 @@
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QRegularExpression>
-#include <QTemporaryDir>
 #include <QTextBrowser>
 
 // The Ask modem page before every family of modems that the terminal can simulate: it shows what
@@ -94,21 +93,8 @@ QStringList expectedMessages(const QJsonObject &modem)
 }
 
 /// Where some operators tell a card its number, by a code and by a message: Debian's table does not
-/// have it. Laid over that table, which keeps the rest.
-class NumberServices
-{
-public:
-    NumberServices()
-        : m_conf(QStringLiteral("\n[modems]\noperators=%1\n").arg(write(m_directory)))
-    {
-    }
-
-private:
-    static QString write(const QTemporaryDir &directory)
-    {
-        const QString path = directory.filePath(QStringLiteral("operators.xml"));
-        QFile file(path);
-        const QByteArray text = R"(<serviceproviders format="2.0"><country code="xx">
+/// have it.
+const char *const numberServices = R"(<serviceproviders format="2.0"><country code="xx">
 <provider><name>One</name><gsm><network-id mcc="250" mnc="01"/>
 <msisdn-query><sms>111</sms></msisdn-query></gsm></provider>
 <provider><name>Two</name><gsm><network-id mcc="250" mnc="02"/>
@@ -116,14 +102,6 @@ private:
 <provider><name>Three</name><gsm><network-id mcc="257" mnc="01"/>
 <msisdn-query><ussd>*147#</ussd></msisdn-query></gsm></provider>
 </country></serviceproviders>)";
-        if (!file.open(QIODevice::WriteOnly) || file.write(text) != text.size())
-            qFatal("no file for the operators of the test");
-        return path;
-    }
-
-    QTemporaryDir m_directory;
-    const TerminalConf m_conf;
-};
 
 } // namespace
 
@@ -224,7 +202,7 @@ private:
         return asked;
     }
 
-    const NumberServices m_numberServices;
+    const OperatorsFile m_operators{numberServices};
     QStringList m_found;
     QMap<QString, Asked> m_asked; // by IMSI
 };
