@@ -20,18 +20,6 @@
 
 using namespace tavbus;
 
-namespace {
-
-QVariant nested(int levels)
-{
-    QVariant value = 1;
-    for (int i = 0; i < levels; ++i)
-        value = QVariantList({value});
-    return value;
-}
-
-} // namespace
-
 /// The broker against clients that do not use the library, or mean harm.
 class BrokerTest : public QObject
 {
@@ -180,8 +168,8 @@ void BrokerTest::badArgumentsAreRefused_data()
     const QVector<QPair<const char *, QVariant>> badValues{
         {"record too large", QByteArray(1024 * 1024, 'x')},
         {"record far too large", QByteArray(20 * 1024 * 1024, 'x')},
-        {"nested too deep", nested(17)},
-        {"nested as deep as D-Bus goes", nested(30)},
+        {"nested too deep", records::nested(17)},
+        {"nested as deep as D-Bus goes", records::nested(30)},
         {"structure", QVariant(QPoint(1, 2))},
         {"object path", QVariant::fromValue(QDBusObjectPath(QStringLiteral("/")))},
         {"byte", QVariant::fromValue(uchar(1))},

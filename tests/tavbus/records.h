@@ -36,4 +36,12 @@ inline TavBusCommand command(
     return result;
 }
 
+/// A value inside so many lists.
+inline QVariant nested(int levels, QVariant value = 1)
+{
+    for (int i = 0; i < levels; ++i)
+        value = QVariantList({value});
+    return value;
+}
+
 } // namespace records

@@ -1,31 +1,11 @@
 #include "wire.h"
+#include "records.h"
 
 #include <QTest>
 
 #include <limits>
 
 using namespace tavbus;
-
-namespace {
-
-// A value inside \a levels lists.
-QVariant nested(int levels)
-{
-    QVariant value = 1;
-    for (int i = 0; i < levels; ++i)
-        value = QVariantList({value});
-    return value;
-}
-
-QVariant emptyNested(int levels)
-{
-    QVariant value = QVariantList();
-    for (int i = 1; i < levels; ++i)
-        value = QVariantList({value});
-    return value;
-}
-
-} // namespace
 
 class WireTest : public QObject
 {
@@ -96,7 +76,7 @@ void WireTest::values_data()
     QTest::newRow("table of nested maps") << QVariant(QVariantMap(
         {{QStringLiteral("a"), QVariantMap({{QStringLiteral("b"), QVariantList({1, 2U})}})},
             {QString(), QVariantMap()}, {QStringLiteral("c"), QStringList()}}));
-    QTest::newRow("deepest") << nested(wire::kMaxDepth - 1);
+    QTest::newRow("deepest") << records::nested(wire::kMaxDepth - 1);
 }
 
 void WireTest::values()
@@ -130,9 +110,10 @@ void WireTest::valuesThatCannotCross_data()
     QTest::newRow("character") << QVariant(QChar(QLatin1Char('a')));
     QTest::newRow("float") << QVariant(1.0F);
     QTest::newRow("hash") << QVariant(QVariantHash());
-    QTest::newRow("one too deep") << nested(wire::kMaxDepth);
-    QTest::newRow("one too deep, with nothing in it") << emptyNested(wire::kMaxDepth);
-    QTest::newRow("far too deep") << nested(2000);
+    QTest::newRow("one too deep") << records::nested(wire::kMaxDepth);
+    QTest::newRow("one too deep, with nothing in it")
+        << records::nested(wire::kMaxDepth - 1, QVariantList());
+    QTest::newRow("far too deep") << records::nested(2000);
 }
 
 void WireTest::valuesThatCannotCross()
