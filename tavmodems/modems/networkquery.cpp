@@ -85,19 +85,20 @@ std::optional<MobileNetwork> NetworkQuery::network()
     const auto selected = parseOperator(reply.lines);
     if (reply.isOk() && selected && selected->network)
         return selected->network;
-    const AtReply card = ask("AT+CIMI", kCardQuery);
-    const auto home = networkOfImsi(parseImsi(card.lines));
-    if (!home && !isLost())
-        m_session.failAnswer(card, QStringLiteral("The modem does not tell its network"));
-    return home;
+    return cardNetwork(QStringLiteral("The modem does not tell its network"));
 }
 
 std::optional<MobileNetwork> NetworkQuery::homeNetwork()
 {
+    return cardNetwork(QStringLiteral("The SIM card does not tell its network"));
+}
+
+std::optional<MobileNetwork> NetworkQuery::cardNetwork(const QString &complaint)
+{
     const AtReply reply = ask("AT+CIMI", kCardQuery);
     const auto home = networkOfImsi(parseImsi(reply.lines));
     if (!home && !isLost())
-        m_session.failAnswer(reply, QStringLiteral("The SIM card does not tell its network"));
+        m_session.failAnswer(reply, complaint);
     return home;
 }
 

@@ -40,6 +40,7 @@ public:
 private:
     AtReply ask(const QByteArray &command, std::chrono::milliseconds limit);
     bool isLost() const;
+    std::optional<MobileNetwork> cardNetwork(const QString &complaint);
     std::optional<AtCell> registration();
     QByteArray iccid();
     AtOperator namedOperator();
