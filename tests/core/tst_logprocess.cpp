@@ -19,7 +19,7 @@ Outcome run(const QString &path, int keep, bool echo, const QString &last = {})
     QProcess process;
     process.start(QStringLiteral(PROBE),
         {path, QString::number(keep), echo ? QStringLiteral("1") : QStringLiteral("0"), last});
-    if (!process.waitForFinished())
+    if (!process.waitForFinished(60'000)) // hundreds of thousands of lines on a busy machine
         qFatal("the probe hangs");
     return {QString::fromUtf8(process.readAllStandardError()), process.exitStatus()};
 }

@@ -16,12 +16,16 @@ const QByteArray kAnotherRuns = "another runs\n";
 /// One running instance; ends with the object.
 class Instance
 {
+    Q_DISABLE_COPY_MOVE(Instance)
+
 public:
     explicit Instance(const QProcessEnvironment &environment, const QStringList &arguments = {})
     {
         m_process.setProcessEnvironment(environment);
         m_process.start(QStringLiteral(PROBE), arguments);
     }
+    // Not by a kill, which leaves no count of what was reached.
+    ~Instance() { end(); }
 
     QByteArray answer()
     {
