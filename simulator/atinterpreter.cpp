@@ -176,7 +176,7 @@ QByteArray AtInterpreter::takeCommand()
             while (end < m_rest.size() && isDigit(m_rest.at(end)))
                 ++end;
         }
-        const QByteArray command = m_rest.left(end).toUpper();
+        QByteArray command = m_rest.left(end).toUpper();
         m_rest.remove(0, end);
         return command;
     }

@@ -4,9 +4,8 @@
 #include <fcntl.h>
 #include <sys/ioctl.h>
 #include <unistd.h>
-#include <utility>
 
-PortUser::PortUser(QString port)
+PortUser::PortUser(const QString &port)
     : m_port(QStringLiteral("/dev/") + port)
 {
 }

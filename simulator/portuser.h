@@ -11,7 +11,7 @@ class PortUser
     Q_DISABLE_COPY_MOVE(PortUser)
 
 public:
-    explicit PortUser(QString port);
+    explicit PortUser(const QString &port);
     ~PortUser();
 
     /// False when the device is not there or another holds it.

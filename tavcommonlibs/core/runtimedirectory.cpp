@@ -20,7 +20,7 @@ const QString &originalTemporary()
 
 QString RuntimeDirectory::path()
 {
-    const QString given = qEnvironmentVariable("XDG_RUNTIME_DIR");
+    QString given = qEnvironmentVariable("XDG_RUNTIME_DIR");
     if (QDir::isAbsolutePath(given) && isSafe(given, Owner::Self))
         return given;
     return own(originalTemporary() + QStringLiteral("/ovrel-%1").arg(geteuid()));

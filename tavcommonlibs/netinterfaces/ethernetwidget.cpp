@@ -110,10 +110,11 @@ void EthernetWidget::reload()
 void EthernetWidget::apply()
 {
     clearLog();
-    const QPointer<Question> question = new Question(tr("Network settings applying"),
+    auto *const question = new Question(tr("Network settings applying"),
         tr("The network settings will reconfigures. continue?"), this);
+    const QPointer<Question> stays = question;
     const int answer = question->exec();
-    if (!question)
+    if (!stays)
         return; // gone with the page while it was open
     question->deleteLater();
     if (answer != QMessageBox::Yes)

@@ -9,9 +9,9 @@ class LogCapture
 public:
     explicit LogCapture(const QByteArray &category)
         : m_category(category)
+        , m_former(qInstallMessageHandler(handle))
     {
         s_current = this;
-        m_former = qInstallMessageHandler(handle);
     }
     ~LogCapture()
     {
@@ -58,6 +58,6 @@ private:
     }
 
     inline static LogCapture *s_current = nullptr;
-    QByteArray m_category;
-    QtMessageHandler m_former = nullptr;
+    const QByteArray m_category;
+    const QtMessageHandler m_former;
 };

@@ -30,6 +30,8 @@ protected:
 /// The Settings page with ports of the test's own, before a terminal whose services are at work.
 class SearchBench
 {
+    Q_DISABLE_COPY_MOVE(SearchBench)
+
 public:
     SearchBench()
         : finder(new TestFinder)

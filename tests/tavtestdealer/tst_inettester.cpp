@@ -42,7 +42,8 @@ QStringList *logged = nullptr;
 
 void keep(QtMsgType, const QMessageLogContext &, const QString &text)
 {
-    logged->append(text);
+    if (logged)
+        logged->append(text);
 }
 
 /// Keeps what is logged while it lives.
@@ -50,18 +51,22 @@ class Log
 {
 public:
     Log()
+        : m_former(qInstallMessageHandler(keep))
     {
         logged = &lines;
-        m_former = qInstallMessageHandler(keep);
     }
-    ~Log() { qInstallMessageHandler(m_former); }
+    ~Log()
+    {
+        qInstallMessageHandler(m_former);
+        logged = nullptr;
+    }
     Log(const Log &) = delete;
     Log &operator=(const Log &) = delete;
 
     QStringList lines;
 
 private:
-    QtMessageHandler m_former;
+    const QtMessageHandler m_former;
 };
 
 class NoReplyTester : public InetTester
