@@ -95,6 +95,7 @@ void FirstProcess::startProgram()
         return;
     SignalBlock::release();
     std::vector<QByteArray> words;
+    words.reserve(static_cast<size_t>(m_program.size()));
     for (const QString &word : m_program)
         words.push_back(QFile::encodeName(word));
     std::vector<char *> arguments;

@@ -68,7 +68,7 @@ QString JsonReader::text(const QString &key, const QString &fallback)
 
 QString JsonReader::word(const QString &key, const QStringList &words)
 {
-    const QString value = text(key, words.first());
+    QString value = text(key, words.first());
     if (words.contains(value))
         return value;
     fail(key,
