@@ -30,8 +30,6 @@ protected:
 /// The Settings page with ports of the test's own, before a terminal whose services are at work.
 class SearchBench
 {
-    Q_DISABLE_COPY_MOVE(SearchBench)
-
 public:
     SearchBench()
         : finder(new TestFinder)
@@ -42,6 +40,8 @@ public:
         page->setFixedSize(794, 460);
         page->show();
     }
+    SearchBench(const SearchBench &) = delete;
+    SearchBench &operator=(const SearchBench &) = delete;
 
     ScriptedModem &add(const QByteArray &imei)
     {
