@@ -69,6 +69,22 @@ class Bus(unittest.TestCase):
         told = ", ".join(f"{number} {name.lower()}" for name, number in re.findall(r"(\w+) = (\d)", modes))
         self.assertTrue(told in DOCUMENT)
 
+    def test_waits_are_those_of_the_code(self):
+        limit = re.search(r"m_limit\{(\d+)000\}", documents.read(f"{BUS}/brokerlink.h"))[1]
+        self.assertTrue(f"takes {limit} s at most" in DOCUMENT)
+        controller = documents.read("tavcommonlibs/servicescontroller/servicescontroller.h")
+        self.assertEqual(re.search(r"kLongestWait = (\d+);", controller)[1], "60000")
+        self.assertTrue("every second, for a minute at most" in DOCUMENT)
+        source = documents.read("tavcommonlibs/servicescontroller/servicescontroller.cpp")
+        oldest = re.search(r"kLongestAge = (\d+); // s", source)[1]
+        self.assertTrue(f"A state that is older than {oldest} s" in DOCUMENT)
+
+    def test_states_of_the_printers(self):
+        states = documents.read("tavcommonlibs/servicestates/printservicestate.h")
+        told = ", ".join(
+            f"{number} {name.lower()}" for name, number in re.findall(r"int (STOPPED|DISABLED) = (\d);", states))
+        self.assertTrue(f'`{{"serviceState": int}}`: {told} |' in DOCUMENT, told)
+
     def test_fields_of_a_modems_record(self):
         text = documents.read("tavmodems/modems/modeminfo.cpp") + documents.read("tavmodems/modems/modemsettings.cpp")
         keys = re.findall(r'const QString [A-Z_]+ = QStringLiteral\("(\w+)"\)', text)

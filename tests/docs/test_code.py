@@ -21,7 +21,27 @@ def linked(document):
             yield path
 
 
+# Names of others: of D-Bus, and of the language of the drawings.
+OTHERS = {"ServiceUnknown", "sequenceDiagram", "flowchart"}
+
+
 class Code(unittest.TestCase):
+    def test_names_are_those_of_the_sources(self):
+        text = "".join(path.read_text(encoding="utf-8") for path in documents.sources(
+            "tavcommonlibs", "tavmodems", "simulator", "tests", "docs", suffixes=(".cpp", ".h", ".txt", ".in")))
+        known, count = set(re.findall(r"\w+", text)) | OTHERS, 0
+        for document in documents.documents():
+            text = documents.read(document)
+            code = re.findall(r"`([^`\n]+)`", text)
+            code += [block for language, block in documents.blocks(text) if language == "mermaid"]
+            names = set(re.findall(r"\b([A-Za-z]\w+)\(\)", text))
+            names |= set(re.findall(r"\b(?:[A-Z][a-z]+|[a-z]+)[A-Z]\w*\b", "\n".join(code)))
+            count += len(names)
+            for name in sorted(names):
+                with self.subTest(document=str(document), name=name):
+                    self.assertTrue(name in known)
+        self.assertGreater(count, 100)
+
     def test_code_stands_in_a_file_that_is_linked(self):
         shown = 0
         for document in documents.documents():

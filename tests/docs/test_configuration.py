@@ -45,6 +45,17 @@ class Configuration(unittest.TestCase):
         told = {name for row in rows for name in documents.codes(row[0])}
         self.assertEqual(names - told, set())
 
+    def test_numbers_and_values_are_those_of_the_sources(self):
+        for words, path, pattern in (
+                ("At {} MB it becomes", "core/logfile.cpp", r"kFileSize = (\d+)'000'000; // bytes"),
+                ("; {} s at most", "servicestates/touchscreenconfigurator.h", r"limit = std::chrono::seconds\((\d+)\)"),
+                ("| `LD_BIND_NOW` | `{}` |", "", r'"LD_BIND_NOW", "(\w+)"'),
+                ("| `QT_XCB_GL_INTEGRATION` | `{}`,", "", r'kGlIntegration, "(\w+)"')):
+            with self.subTest(words=words):
+                source = f"tavcommonlibs/{path}" if path else "tavmodems/tavtestdealer/src/runtimeenvironment.cpp"
+                value = re.search(pattern, documents.read(source))[1]
+                self.assertTrue(words.format(value) in DOCUMENT, value)
+
     def test_files_are_what_the_packages_and_sources_name(self):
         text = "".join(
             path.read_text() for path in documents.sources("tavcommonlibs", "tavmodems", suffixes=(".cpp", ".h")))
