@@ -20,10 +20,10 @@
 #include <memory>
 
 // Every fault at every step of every operation, with the real window, dialer and broker in the
-// simulated terminal. A test function an operation, a row a cell. Whatever strikes: the window
-// comes back to idle, the services run again, or the log says why not, once it is closed, the
-// settings are as they were, and nothing is left behind. The program's end by a signal or without
-// its display is tst_endings.
+// simulated terminal. A test function an operation, or a step of one that takes long; a row a cell.
+// Whatever strikes: the window comes back to idle, the services run again, or the log says why not,
+// once it is closed, the settings are as they were, and nothing is left behind. The program's end
+// by a signal or without its display is tst_endings.
 
 namespace {
 
@@ -189,52 +189,46 @@ private slots:
         m_storeMayChange = false;
     }
 
-    void dial_data()
+    void dialStopping_data() { addCells({happens("stopping the service", "tavmodems < stop")}); }
+    void dialStopping() { dial(); }
+    void dialResetting_data() { addCells({happens("resetting the modem", "gsm1 < AT")}); }
+    void dialResetting() { dial(); }
+    void dialDialling_data() { addCells({happens("dialling", "gsm1 < ATDT")}); }
+    void dialDialling()
     {
-        addCells({happens("stopping the service", "tavmodems < stop"),
-            happens("resetting the modem", "gsm1 < AT"), happens("dialling", "gsm1 < ATDT"),
-            happens("restarting the service", "tavmodems < restart")});
-    }
-    void dial()
-    {
-        const QByteArray tag = QTest::currentDataTag();
-        if (tag.startsWith("dialling"))
+        QFETCH(int, step);
+        if (step >= 0) // without a fault the call is answered, and ends by itself
             m_terminal->modemFault(gsm1, QStringLiteral("busy")).waitForFinished();
-        auto *const page = m_dialog->findChild<TestDialWidget *>();
-        const QSignalSpy finished(page, &TestDialWidget::finished);
-        DialPage widgets(page);
-        widgets.choose(gsm1);
-        runCell([&] { widgets.press("cbDial"); }, [&] { return finished.count() == 1; },
-            [&] { widgets.press("pbStop"); });
+        dial(kDialling);
     }
+    void dialRestarting_data()
+    {
+        addCells({happens("restarting the service", "tavmodems < restart")});
+    }
+    void dialRestarting() { dial(); }
 
-    void query_data()
+    void queryStopping_data() { addCells({happens("stopping the service", "tavmodems < stop")}); }
+    void queryStopping() { query(); }
+    void queryAsking_data() { addCells({happens("asking", "gsm1 < AT")}); }
+    void queryAsking() { query(); }
+    void queryRestarting_data()
     {
-        addCells(
-            {happens("stopping the service", "tavmodems < stop"), happens("asking", "gsm1 < AT"),
-                happens("restarting the service", "tavmodems < restart")});
+        addCells({happens("restarting the service", "tavmodems < restart")});
     }
-    void query()
-    {
-        turnTo("pbAskPage");
-        const QSignalSpy finished(
-            m_dialog->findChild<ModemAckWidget *>(), &ModemAckWidget::finished);
-        runCell([&] { click("pbAsk"); }, [&] { return finished.count() == 1; });
-    }
+    void queryRestarting() { query(); }
 
-    void search_data()
+    void searchStopping_data()
     {
-        addCells({happens("stopping the services", "acceptors < disable"),
-            happens("asking", "gsm1 < AT"),
-            happens("restarting the services", "terminalgui < runTouch")});
+        addCells({happens("stopping the services", "acceptors < disable")});
     }
-    void search()
+    void searchStopping() { search(); }
+    void searchAsking_data() { addCells({happens("asking", "gsm1 < AT")}); }
+    void searchAsking() { search(); }
+    void searchRestarting_data()
     {
-        turnTo("pbSearchPage");
-        const QSignalSpy finished(m_dialog->findChild<SearchWidget *>(), &SearchWidget::finished);
-        m_storeMayChange = true; // what is found takes the place of what was known
-        runCell([&] { click("tbSearch"); }, [&] { return finished.count() == 1; });
+        addCells({happens("restarting the services", "terminalgui < runTouch")});
     }
+    void searchRestarting() { search(); }
 
     void save_data() { addCells({atOnce("saving")}); }
     void save()
@@ -286,6 +280,30 @@ private slots:
     }
 
 private:
+    void dial(int patience = kPatience)
+    {
+        auto *const page = m_dialog->findChild<TestDialWidget *>();
+        const QSignalSpy finished(page, &TestDialWidget::finished);
+        DialPage widgets(page);
+        widgets.choose(gsm1);
+        runCell([&] { widgets.press("cbDial"); }, [&] { return finished.count() == 1; },
+            [&] { widgets.press("pbStop"); }, patience);
+    }
+    void query()
+    {
+        turnTo("pbAskPage");
+        const QSignalSpy finished(
+            m_dialog->findChild<ModemAckWidget *>(), &ModemAckWidget::finished);
+        runCell([&] { click("pbAsk"); }, [&] { return finished.count() == 1; });
+    }
+    void search()
+    {
+        turnTo("pbSearchPage");
+        const QSignalSpy finished(m_dialog->findChild<SearchWidget *>(), &SearchWidget::finished);
+        m_storeMayChange = true; // what is found takes the place of what was known
+        runCell([&] { click("tbSearch"); }, [&] { return finished.count() == 1; });
+    }
+
     static QStringList services()
     {
         return {tavbus::BUSNAME_TAVMODEMS, tavbus::BUSNAME_ACCEPTORS, tavbus::BUSNAME_PRINTSERVICE,
@@ -331,12 +349,11 @@ private:
 
     void runCell(
         const std::function<void()> &begin, const std::function<bool()> &hasEnded,
-        const std::function<void()> &stop = [] {})
+        const std::function<void()> &stop = [] {}, int patience = kPatience)
     {
         QFETCH(int, step);
         QFETCH(int, fault);
         const bool isFaulty = fault >= 0;
-        const bool isDialling = isFaulty && m_steps.at(step).name == QLatin1String("dialling");
         if (isFaulty)
             m_saboteur = std::make_unique<Saboteur>(m_steps.at(step).reached, faults().at(fault));
         m_boxIsOpen = false;
@@ -350,7 +367,7 @@ private:
                 return;
             if (!dialling.isValid())
                 dialling.start();
-            else if (dialling.hasExpired(isDialling ? kDialling : kPatience)) {
+            else if (dialling.hasExpired(patience)) {
                 stopper.stop();
                 stop();
             }
