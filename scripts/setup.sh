@@ -52,7 +52,7 @@ build() {
 
 # build_package [OPTION...]: the Debian packages of the source package in the working directory.
 build_package() {
-    # debhelper has a home of its own, which would be an empty cache.
-    PATH=/usr/lib/ccache:$PATH CCACHE_DIR=$(ccache -k cache_dir) CCACHE_BASEDIR=$PWD CCACHE_NOHASHDIR=1 \
-        dpkg-buildpackage --unsigned-source --unsigned-changes "$@"
+    # debhelper has a home of its own, which would be an empty cache. The cache must not make paths
+    # relative: the compiler maps them, and what it has not mapped would be in the packages.
+    PATH=/usr/lib/ccache:$PATH CCACHE_DIR=$(ccache -k cache_dir) dpkg-buildpackage --unsigned-source --unsigned-changes "$@"
 }
