@@ -27,8 +27,10 @@ namespace {
 constexpr milliseconds kHandshake = 1s;
 // The first question is the silence before an escape, too: S12's second as the
 // modem must see it, whom buffers on the way may give the question late.
-constexpr milliseconds kSilence = 1500ms;
-constexpr milliseconds kEscape = 1500ms; // S12's second after the plus signs, and the answer
+constexpr milliseconds kSilence = 1300ms;
+// S12's second after the plus signs, and the answer. A port on which nothing answers costs a search
+// both, which is to be done with it in three seconds.
+constexpr milliseconds kEscape = 1400ms;
 constexpr milliseconds kQuery = 2s;
 constexpr milliseconds kCardQuery = 5s; // the modem itself may be waiting for the card
 constexpr milliseconds kSetting = 1s;

@@ -67,7 +67,7 @@ private slots:
         QFETCH(QStringList, arguments);
         const auto program = start(arguments);
         QTRY_VERIFY_WITH_TIMEOUT(m_display->shows(QStringLiteral("Tav test dialer")), kLong);
-        QCOMPARE(program->state(), QProcess::Running);
+        QTRY_COMPARE(program->state(), QProcess::Running);
         // Without a bus the one answer is to go.
         m_display->press(QStringLiteral("Tav test dialer"), QStringLiteral("Escape"));
         QTRY_VERIFY_WITH_TIMEOUT(m_display->shows(QStringLiteral("Settings saving error")), kLong);
