@@ -11,12 +11,14 @@
 #include <QDBusArgument>
 #include <QDBusConnection>
 #include <QDBusMessage>
+#include <QDBusMetaType>
 #include <QDBusPendingCall>
 #include <QDBusPendingCallWatcher>
 #include <QEventLoop>
 #include <QFile>
 #include <QMap>
 
+#include <algorithm>
 #include <memory>
 
 namespace {
@@ -25,6 +27,20 @@ using namespace tavbus;
 
 const QString kBrokerLink = QStringLiteral("broker");
 const QString kCallerLink = QStringLiteral("caller");
+
+// What a D-Bus library sends at all: given anything else, it aborts its own process.
+bool canBeSent(const QVariant &value)
+{
+    if (!QDBusMetaType::typeToSignature(value.userType()))
+        return false;
+    const int type = value.userType();
+    if (type == qMetaTypeId<QDBusVariant>())
+        return canBeSent(value.value<QDBusVariant>().variant());
+    const QVariantList parts = type == QMetaType::QVariantMap ? value.toMap().values()
+        : type == QMetaType::QVariantList                     ? value.toList()
+                                                              : QVariantList();
+    return std::all_of(parts.cbegin(), parts.cend(), canBeSent);
+}
 
 // One broker for the whole run; each execution calls it over a connection of its own.
 struct Terminal
@@ -122,6 +138,12 @@ private:
         return m_caller.call(QLatin1String(method), arguments);
     }
 
+    QVariant value()
+    {
+        const QVariant value = m_input.variant();
+        return canBeSent(value) ? value : QVariant(QString());
+    }
+
     void registerAgent()
     {
         const QString agent = m_input.text();
@@ -133,7 +155,7 @@ private:
         const QString owner = m_input.text();
         const QString description = m_input.text();
         const qlonglong stamp = m_input.line().toLongLong();
-        const QVariantList settings = m_input.variant().toList();
+        const QVariantList settings = value().toList();
         if (!isDone(call("saveSettings", {owner, description, stamp, settings})))
             return;
         require(m_isKnown, "a record is taken only from who is known");
@@ -178,7 +200,7 @@ private:
         m_input.line();
         QVariantList arguments;
         for (int i = 0; i < 5 && !m_input.isAtEnd(); ++i)
-            arguments += m_input.variant();
+            arguments += value();
         const QDBusMessage reply = call(method, arguments);
         if (!isDone(reply))
             return;
