@@ -127,7 +127,7 @@ int followingOctets(const QByteArray &line)
 
 bool isPdu(const QByteArray &line, int octets)
 {
-    return line.size() >= 2 * octets && std::all_of(line.begin(), line.end(), [](char c) {
+    return line.size() / 2 >= octets && std::all_of(line.begin(), line.end(), [](char c) {
         return (c >= '0' && c <= '9') || (c >= 'A' && c <= 'F') || (c >= 'a' && c <= 'f');
     });
 }

@@ -280,6 +280,8 @@ void TestAtChannel::knowsWhatBelongsToUnsolicitedLines_data()
         << Lines{imsi};
     QTest::newRow("without its PDU")
         << QByteArray("AT+CIMI") << Lines{"+CMT: ,24", imsi} << Lines{imsi};
+    QTest::newRow("an announced message longer than numbers go")
+        << QByteArray("AT+CIMI") << Lines{"+CMT: ,1234567890", imsi} << Lines{imsi};
     QTest::newRow("report between heading and PDU of a list")
         << QByteArray("AT+CMGL=4") << Lines{"+CMGL: 1,1,,4", "+CMT: ,4", "0004AABBCC", "0004112233"}
         << Lines{"+CMGL: 1,1,,4", "0004112233"};
