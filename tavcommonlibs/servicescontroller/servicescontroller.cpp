@@ -304,7 +304,9 @@ void ServicesController::startServices()
             return;
         allStarted = false;
         qCDebug(GUILOGGER, "%s", message);
-        if (!sendStart(service) && m_held.testFlag(service))
+        if (sendStart(service))
+            m_held.setFlag(service, false);
+        else if (m_held.testFlag(service))
             qCWarning(GUILOGGER) << service << "was stopped and cannot be told to start";
     };
     m_held.setFlag(TouchScreen, false); // it has no state to be seen by
@@ -395,20 +397,16 @@ void ServicesController::startModemsService()
             handler->close();
         return;
     }
+    m_held = {};
     startWaiting(&ServicesController::checkModemsStarted);
 }
 
 void ServicesController::checkModemsStarted()
 {
-    const bool isOver = waitIsOver();
-    const std::optional<bool> runs = isOver ? std::nullopt : modemsServiceRuns();
-    if (!isOver && !runs.value_or(true)) {
+    if (!waitIsOver() && !modemsServiceIsStarted())
         pollAgain(&ServicesController::checkModemsStarted);
-        return;
-    }
-    if (runs)
-        m_held = {};
-    emit modemsServiceStarted();
+    else
+        emit modemsServiceStarted();
 }
 
 // --- The touch screen

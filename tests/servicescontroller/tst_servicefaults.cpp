@@ -88,6 +88,33 @@ private slots:
         QCOMPARE(started.count(), 0);
     }
 
+    void aServiceThatWasToldToStartIsNotToldAgain()
+    {
+        const PrivateBus bus;
+        FakeTerminal terminal;
+        QuickController controller;
+        QSignalSpy modemsStopped(&controller, &ServicesController::modemsServiceStopped);
+        controller.stopModemsService();
+        QVERIFY(modemsStopped.wait());
+        controller.startModemsService();
+        controller.giveServicesBack(); // before it can be seen running
+
+        QuickController second;
+        QSignalSpy stopped(&second, &ServicesController::stopped);
+        QTRY_COMPARE(terminal.modems.commands(),
+            QStringList({QStringLiteral("stop"), QStringLiteral("restart")}));
+        second.stopServices();
+        QVERIFY(stopped.wait());
+        second.startServices();
+        second.giveServicesBack();
+        QTRY_COMPARE(terminal.acceptors.commands().last(), QStringLiteral("enable"));
+        QTRY_COMPARE(terminal.gui.commands(), QStringList(QStringLiteral("runTouch")));
+        QCOMPARE(terminal.modems.commands().count(QStringLiteral("restart")), 2);
+        for (const FakeService *service : {&terminal.watchdogs, &terminal.printers})
+            QCOMPARE(service->commands().count(QStringLiteral("restart")), 1);
+        QCOMPARE(terminal.acceptors.commands().count(QStringLiteral("enable")), 1);
+    }
+
     void servicesAreGivenBackInTheMiddleOfAStop()
     {
         const PrivateBus bus;
