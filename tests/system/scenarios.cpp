@@ -34,6 +34,7 @@ Walk walkThrough(const QString &scenario)
         {QStringLiteral("powercut-settings"), of(&PowerCuts::modemSettings)},
         {QStringLiteral("powercut-closing"), of(&PowerCuts::modemSettings)},
         {QStringLiteral("powercut-network"), of(&PowerCuts::networkSettings)},
+        {QStringLiteral("powercut-file"), of(&PowerCuts::networkSettings)},
         {QStringLiteral("powercut-restart"), of(&PowerCuts::networkSettings)},
         {QStringLiteral("password"), of(&Failures::password)},
         {QStringLiteral("silence"), of(&Failures::silence)},
