@@ -147,8 +147,11 @@ bool removeStale(const QByteArray &path, const QString &name, const QByteArray &
     if (::rename(path.constData(), aside.constData()) != 0)
         return errno == ENOENT;
     const LockContent content = readLock(aside);
-    if (content.exists && !isStale(content, name))
-        ::link(aside.constData(), path.constData());
+    if (content.exists && !isStale(content, name)
+        && ::link(aside.constData(), path.constData()) != 0 && errno != EEXIST)
+        qCWarning(AT_MODEM).noquote()
+            << QStringLiteral("The lock file %1 of process %2 could not be put back: %3.")
+                   .arg(name, QString::number(content.pid), qt_error_string());
     ::unlink(aside.constData());
     return true;
 }
