@@ -10,6 +10,8 @@ static void useResources()
 
 namespace {
 
+constexpr qint64 kMostBytes = 1024 * 1024; // a scenario of a hundred modems takes a tenth of it
+
 QString folderOf(BuiltInFiles::Kind kind)
 {
     useResources();
@@ -31,7 +33,12 @@ bool BuiltInFiles::load(Kind kind, const QString &nameOrPath,
                               .arg(nameOrPath, names(kind).join(QStringLiteral(", ")));
         return false;
     }
-    if (parse(file.readAll(), error))
+    const QByteArray content = file.read(kMostBytes + 1); // a device may have no end
+    if (content.size() > kMostBytes) {
+        *error = QStringLiteral("cannot read %1: larger than 1 MB").arg(nameOrPath);
+        return false;
+    }
+    if (parse(content, error))
         return true;
     *error
         = QStringLiteral("%1 %2: %3")

@@ -15,6 +15,19 @@
 #include <utility>
 #include <vector>
 
+namespace {
+
+// fork(), which tells why there is no process.
+pid_t startProcess()
+{
+    const pid_t pid = fork();
+    if (pid < 0)
+        std::fprintf(stderr, "terminalsim: no further process: %s\n", std::strerror(errno));
+    return pid;
+}
+
+} // namespace
+
 FirstProcess::FirstProcess(std::function<int(int)> machine, QStringList program)
     : m_machine(std::move(machine))
     , m_program(std::move(program))
@@ -26,7 +39,7 @@ int FirstProcess::run()
     int ready[2];
     if (pipe2(ready, O_CLOEXEC) != 0)
         return TerminalNamespace::kRefused;
-    m_machinePid = fork();
+    m_machinePid = startProcess();
     if (m_machinePid == 0) {
         close(ready[0]);
         SignalBlock::release();
@@ -47,8 +60,11 @@ int FirstProcess::superviseAll(int readyFd)
         if (poll(waiting, started ? 1 : 2, -1) < 0)
             continue;
         char byte = 0;
-        if (!started && waiting[1].revents != 0 && read(readyFd, &byte, 1) == 1)
+        if (!started && waiting[1].revents != 0 && read(readyFd, &byte, 1) == 1) {
             startProgram();
+            if (m_programPid < 0)
+                return TerminalNamespace::kRefused;
+        }
         signalfd_siginfo signal{};
         if ((waiting[0].revents & POLLIN) == 0
             || read(signalFd, &signal, sizeof signal) != sizeof signal) {
@@ -90,7 +106,7 @@ bool FirstProcess::reap(int *exitStatus)
 
 void FirstProcess::startProgram()
 {
-    m_programPid = fork();
+    m_programPid = startProcess();
     if (m_programPid != 0)
         return;
     SignalBlock::release();

@@ -20,6 +20,8 @@ private slots:
     void everyProfileIsInTheScenarioOfAll();
     void emptyScenarioIsATerminalWithoutModems();
     void unknownNameListsWhatThereIs();
+    void onlyAFileOfReasonableSizeIsRead_data();
+    void onlyAFileOfReasonableSizeIsRead();
 };
 
 void TestScenario::everyScenarioThatComesAlongIsRead_data()
@@ -223,6 +225,29 @@ void TestScenario::unknownNameListsWhatThereIs()
     QVERIFY(!Scenario::load(QStringLiteral("nowhere"), &scenario, &error));
     QVERIFY2(error.contains(QLatin1String("there is no \"nowhere\"")), qPrintable(error));
     QVERIFY2(error.contains(QLatin1String("default")), qPrintable(error));
+}
+
+void TestScenario::onlyAFileOfReasonableSizeIsRead_data()
+{
+    QTest::addColumn<QString>("path");
+    QTest::addColumn<QString>("reason");
+    QTest::newRow("device without end")
+        << QStringLiteral("/dev/zero") << QStringLiteral("larger than 1 MB");
+    QTest::newRow("directory") << QStringLiteral("/tmp/") << QStringLiteral("cannot read");
+    QTest::newRow("no file") << QStringLiteral("missing.json") << QStringLiteral("No such file");
+}
+
+void TestScenario::onlyAFileOfReasonableSizeIsRead()
+{
+    QFETCH(QString, path);
+    QFETCH(QString, reason);
+    Scenario scenario;
+    ModemProfile profile;
+    QString error;
+    QVERIFY(!Scenario::load(path, &scenario, &error));
+    QVERIFY2(error.contains(reason), qPrintable(error));
+    QVERIFY(!ModemProfile::load(path, &profile, &error));
+    QVERIFY2(error.contains(reason), qPrintable(error));
 }
 
 QTEST_APPLESS_MAIN(TestScenario)
