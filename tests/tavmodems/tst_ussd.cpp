@@ -80,6 +80,7 @@ void TestUssd::readsText_data()
     row("packed, scheme 0", {"+CUSD: 0,\"C2303BEC9E83623598AB0603C9EB62\",0"}, "Balans 150.50 rub");
     row("packed, seven bits filled with a return", {"+CUSD: 0,\"C2303BEC1E971B\",15"}, "Balance");
     row("packed, seven bits filled with zeros", {"+CUSD: 0,\"C2303BEC1E9701\",15"}, "Balance");
+    row("packed, an at sign elsewhere", {"+CUSD: 0,\"C2303BEC1E0364\",15"}, "Balanc@2");
     row("packed, not in quotes", {"+CUSD: 0,C2303BEC9E83623598AB0603C9EB62,15"},
         "Balans 150.50 rub");
     row("packed, language in front (scheme 16)", {"+CUSD: 0,\"F27A43186687DD73500D\",16"},
