@@ -248,6 +248,7 @@ void ServicesController::stopServices(Services services)
         return;
     }
     m_held = services;
+    m_told = {};
     // A command that reaches nobody ends nothing: the service may be on its way up.
     if (services.testFlag(Modems))
         sendTavBusCommand(BUSNAME_TAVMODEMS, kStop);
@@ -305,7 +306,7 @@ void ServicesController::startServices()
         allStarted = false;
         qCDebug(GUILOGGER, "%s", message);
         if (sendStart(service))
-            m_held.setFlag(service, false);
+            m_told.setFlag(service);
         else if (m_held.testFlag(service))
             qCWarning(GUILOGGER) << service << "was stopped and cannot be told to start";
     };
@@ -329,6 +330,7 @@ void ServicesController::startServices()
 void ServicesController::checkServicesStarted()
 {
     if (waitIsOver()) {
+        m_told = {};
         qCWarning(GUILOGGER).noquote()
             << tr("Services were started by timeout") << m_timer.elapsed();
         emit started();
@@ -360,6 +362,7 @@ void ServicesController::stopModemsService()
 {
     // A stop like the others: without this the polling would not look at the modem service at all.
     m_services = Modems;
+    m_told = {};
     if (ensureOpen())
         m_held = Modems; // a broker that does not answer in time may do it later
     if (!ensureOpen() || !sendTavBusCommand(BUSNAME_TAVMODEMS, kStop)) {
@@ -397,16 +400,22 @@ void ServicesController::startModemsService()
             handler->close();
         return;
     }
-    m_held = {};
+    m_told = Modems;
     startWaiting(&ServicesController::checkModemsStarted);
 }
 
 void ServicesController::checkModemsStarted()
 {
-    if (!waitIsOver() && !modemsServiceIsStarted())
+    const bool isOver = waitIsOver();
+    const std::optional<bool> runs = isOver ? std::nullopt : modemsServiceRuns();
+    if (!isOver && !runs.value_or(true)) {
         pollAgain(&ServicesController::checkModemsStarted);
-    else
-        emit modemsServiceStarted();
+        return;
+    }
+    m_told = {};
+    if (runs)
+        m_held = {};
+    emit modemsServiceStarted();
 }
 
 // --- The touch screen
@@ -427,7 +436,7 @@ void ServicesController::giveServicesBack()
 {
     m_isOver = true;
     for (const EService service : {TouchScreen, Modems, Watchdogs, Printers, Acceptors}) {
-        if (!m_held.testFlag(service))
+        if (!m_held.testFlag(service) || m_told.testFlag(service))
             continue;
         m_held.setFlag(service, false);
         if (sendStart(service))

@@ -69,10 +69,10 @@ public:
     bool acceptorsServiceIsStopped();
     bool acceptorsServiceIsStarted();
 
-    /// Tells the services that this has stopped, and neither told to start nor seen running since,
-    /// to start again, whatever their states, and waits for none of them; a command that does not
-    /// get through is in the log. The sequence under way ends without its signal. For the end of a
-    /// program whose event loop does not go on.
+    /// Tells the services that this has stopped and not seen running since to start again, whatever
+    /// their states, but for those that were just told to and have time left to come up. Waits for
+    /// none of them; a command that does not get through is in the log. The sequence under way ends
+    /// without its signal. For the end of a program whose event loop does not go on.
     void giveServicesBack();
 
 public slots:
@@ -117,7 +117,8 @@ private:
     bool waitIsOver() const;
 
     Services m_services; // those that the last stop affected
-    Services m_held; // those of them neither told to start nor seen running since
+    Services m_held; // those of them that have not been seen running since
+    Services m_told; // those that were told to start and are waited for
     bool m_isOver = false; // they were given back
     QPointer<tavbus::TavBusQueryHandler> m_handler; // child of this
     // Not a QTime, which midnight and every correction of the clock would upset.

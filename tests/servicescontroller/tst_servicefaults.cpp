@@ -115,6 +115,34 @@ private slots:
         QCOMPARE(terminal.acceptors.commands().count(QStringLiteral("enable")), 1);
     }
 
+    void aServiceThatDidNotComeUpInTimeIsToldAgain()
+    {
+        const PrivateBus bus;
+        FakeTerminal terminal;
+        QuickController controller;
+        controller.wait = 300;
+        QSignalSpy stopped(&controller, &ServicesController::stopped);
+        QSignalSpy started(&controller, &ServicesController::started);
+        controller.stopServices();
+        QVERIFY(stopped.wait());
+        terminal.makeDeaf();
+        controller.startServices();
+        QVERIFY(started.wait());
+        controller.giveServicesBack();
+        for (FakeService *service : {&terminal.modems, &terminal.watchdogs, &terminal.printers})
+            QTRY_COMPARE(service->commands().count(QStringLiteral("restart")), 2);
+        QTRY_COMPARE(terminal.acceptors.commands().count(QStringLiteral("enable")), 2);
+
+        QuickController second;
+        second.wait = 300;
+        QSignalSpy modemsStarted(&second, &ServicesController::modemsServiceStarted);
+        second.stopModemsService();
+        second.startModemsService();
+        QVERIFY(modemsStarted.wait());
+        second.giveServicesBack();
+        QTRY_COMPARE(terminal.modems.commands().count(QStringLiteral("restart")), 4);
+    }
+
     void servicesAreGivenBackInTheMiddleOfAStop()
     {
         const PrivateBus bus;
