@@ -11,7 +11,7 @@ class QSocketNotifier;
 ///
 /// It knows whether a program has the port open: what is sent while nobody listens is lost, as on a
 /// real port, and nothing of one program's session is left for the next one.
-class PseudoLine : public SerialLine
+class PseudoLine final : public SerialLine
 {
     Q_OBJECT
     Q_DISABLE_COPY_MOVE(PseudoLine)

@@ -41,26 +41,24 @@ QList<QByteArray> listedMessage(int number)
     const QString text = messageText(number);
     const bool isPart = number % 4 == 3;
     const QByteArray header = isPart ? QByteArray::fromHex("050003420201") : QByteArray();
-    QByteArray coding;
+    char coding = '\0'; // TP-DCS, 9.2.3.10: the default alphabet
     QByteArray data;
     int length = 0;
     switch (number % 3) {
     case 0: {
         const QByteArray septets = gsmcodec::encoded(text).value();
         const int fill = (7 - header.size() * 8 % 7) % 7;
-        coding = "\x00";
-        coding.resize(1);
         data = header + gsmcodec::packed(septets, fill);
         length = (header.size() * 8 + fill) / 7 + septets.size();
         break;
     }
     case 1:
-        coding = "\x08";
+        coding = '\x08';
         data = header + gsmcodec::toUcs2(text);
         length = data.size();
         break;
     default:
-        coding = "\x04";
+        coding = '\x04';
         data = header + text.toLatin1();
         length = data.size();
         break;

@@ -58,7 +58,7 @@ private slots:
     {
         const Ended ended = inAnotherProcess([](int out) {
             const ExitHook hook([out] { say(out, "a"); });
-            std::exit(3); // NOLINT(concurrency-mt-unsafe)
+            std::exit(3);
         });
         QCOMPARE(ended.written, QByteArray("a"));
         QCOMPARE(ended.status, 3);
@@ -70,7 +70,7 @@ private slots:
             {
                 const ExitHook hook([out] { say(out, "a"); });
             }
-            std::exit(0); // NOLINT(concurrency-mt-unsafe)
+            std::exit(0);
         });
         QCOMPARE(ended.written, QByteArray());
         QCOMPARE(ended.status, 0);
@@ -83,7 +83,7 @@ private slots:
                 const ExitHook former([out] { say(out, "a"); });
             }
             const ExitHook hook([out] { say(out, "b"); });
-            std::exit(0); // NOLINT(concurrency-mt-unsafe)
+            std::exit(0);
         });
         QCOMPARE(ended.written, QByteArray("b"));
     }
@@ -98,7 +98,7 @@ private slots:
                 int descriptor;
             };
             static const Late late{out}; // first used when the hook is there
-            std::exit(0); // NOLINT(concurrency-mt-unsafe)
+            std::exit(0);
         });
         QCOMPARE(ended.written, QByteArray("ab"));
     }
@@ -107,7 +107,7 @@ private slots:
     {
         const Ended ended = inAnotherProcess([](int out) {
             const ExitHook hook([out] { say(out, "a"); });
-            std::thread([] { std::exit(4); }).join(); // NOLINT(concurrency-mt-unsafe)
+            std::thread([] { std::exit(4); }).join();
         });
         QCOMPARE(ended.written, QByteArray());
         QCOMPARE(ended.status, 4);

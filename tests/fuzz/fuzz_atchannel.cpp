@@ -5,11 +5,12 @@
 #include "fuzzinput.h"
 #include "scripteddevice.h"
 
+#include <chrono>
+
 namespace {
 
-using namespace std::chrono_literals;
-
-constexpr auto kLimit = 10s; // never reached: the device goes away when nothing more comes
+// Never reached: the device goes away when nothing more comes.
+constexpr std::chrono::seconds kLimit{10};
 
 QList<QByteArray> pieces(const QByteArray &bytes, int size)
 {

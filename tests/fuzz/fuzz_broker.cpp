@@ -19,7 +19,6 @@
 #include <QMap>
 
 #include <algorithm>
-#include <memory>
 
 namespace {
 
@@ -42,23 +41,25 @@ bool canBeSent(const QVariant &value)
     return std::all_of(parts.cbegin(), parts.cend(), canBeSent);
 }
 
+PrivateBus::Options brokerless()
+{
+    PrivateBus::Options options;
+    options.withBroker = false;
+    return options;
+}
+
 // One broker for the whole run; each execution calls it over a connection of its own.
 struct Terminal
 {
     Terminal()
     {
-        PrivateBus::Options options;
-        options.withBroker = false;
-        bus = std::make_unique<PrivateBus>(options);
         require(store.open(fuzzDirectory() + QStringLiteral("/broker.db")), "the store opens");
-        broker = std::make_unique<Broker>(
-            &store, QDBusConnection::connectToBus(bus->address(), kBrokerLink));
-        require(broker->start(), "the broker starts");
+        require(broker.start(), "the broker starts");
     }
 
-    std::unique_ptr<PrivateBus> bus;
+    PrivateBus bus{brokerless()};
     Store store;
-    std::unique_ptr<Broker> broker;
+    Broker broker{&store, QDBusConnection::connectToBus(bus.address(), kBrokerLink)};
 };
 
 Terminal &terminal()
@@ -71,7 +72,7 @@ class Caller
 {
 public:
     Caller()
-        : m_bus(QDBusConnection::connectToBus(terminal().bus->address(), kCallerLink))
+        : m_bus(QDBusConnection::connectToBus(terminal().bus.address(), kCallerLink))
     {
     }
     ~Caller() { QDBusConnection::disconnectFromBus(kCallerLink); }

@@ -11,7 +11,7 @@ namespace {
 void requireOrdered(const AppVersion &one, const AppVersion &other)
 {
     require(!(one < one) && !(other < other), "nothing comes before itself");
-    require(!(one < other && other < one), "of two one is the lower");
+    require(!(one < other) || !(other < one), "of two one is the lower");
 }
 
 void read(const QByteArray &bytes)

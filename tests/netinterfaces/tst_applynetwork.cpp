@@ -466,7 +466,7 @@ private slots:
         QStringList names = listed.keys();
         for (const QString &name : qAsConst(names))
             QVERIFY2(ethernet.contains(name), qPrintable(name));
-        const auto isUp = [&ethernet](const QString &name) {
+        const auto isUp = [](const QString &name) {
             const auto flags = QNetworkInterface::interfaceFromName(name).flags();
             return flags.testFlag(QNetworkInterface::IsRunning);
         };

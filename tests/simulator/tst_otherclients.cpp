@@ -120,8 +120,8 @@ void TestOtherClients::gammuAsksAModem_data()
                             << texts({"Model                : E173 (E173)",
                                    "IMEI                 : 353142033840706",
                                    "SIM IMSI             : 250011234567890",
-                                   "Network              : 250 01 (MTS, Russian Federation), LAC "
-                                   "1F40, CID A1B2C3",
+                                   ("Network              : 250 01 (MTS, Russian Federation), LAC "
+                                    "1F40, CID A1B2C3"),
                                    "Service reply        : \"Balance: 150.50 r.\"",
                                    "Remote number        : \"MTS\"", "Welcome!",
                                    "Sent                 : Mon Mar  2 08:30:00 2026 +0300",
@@ -129,32 +129,32 @@ void TestOtherClients::gammuAsksAModem_data()
     QTest::newRow("quectel")
         << QByteArray("ttyUSB6")
         << texts({"Manufacturer         : Quectel", "IMEI                 : 861107030015432",
-               "Network              : 250 99 (Beeline, Russian Federation), "
-               "LAC 5A03, CID 80D413D",
+               ("Network              : 250 99 (Beeline, Russian Federation), "
+                "LAC 5A03, CID 80D413D"),
                "Service reply        : \"Ваш баланс: 1 234,05 руб.\"",
-               "One of two: this text is too long for a single message of the "
-               "default alphabet, which holds no more than a hundred and sixty "
-               "characters, so that the network has cut it in two.",
+               ("One of two: this text is too long for a single message of the "
+                "default alphabet, which holds no more than a hundred and sixty "
+                "characters, so that the network has cut it in two."),
                "SMS status report", "Delivery status      : Delivered", "Спасибо 👍",
                "4 SMS parts in 3 SMS sequences"});
     QTest::newRow("simcom") << QByteArray("ttyUSB7")
                             << texts({"Manufacturer         : SIMCOM_Ltd",
                                    "IMEI                 : 866104029736581",
-                                   "Network              : 250 02 (MegaFon, Russian Federation), "
-                                   "LAC 2E11, CID 0D4F",
+                                   ("Network              : 250 02 (MegaFon, Russian Federation), "
+                                    "LAC 2E11, CID 0D4F"),
                                    "Service reply        : \"Баланс: 73.10 р.\"",
                                    "Price: 5 € [net]"});
     QTest::newRow("zte") << QByteArray("ttyUSB10")
                          << texts({"Manufacturer         : ZTE",
                                 "IMEI                 : 358921047301224",
-                                "Network              : 257 02 (MTS, Belarus), LAC 403, CID "
-                                "2A10B05",
+                                ("Network              : 257 02 (MTS, Belarus), LAC 403, CID "
+                                 "2A10B05"),
                                 "Service reply        : \"Balans: 5.07 rub.\"",
                                 "Remote number        : \"900\""});
     QTest::newRow("generic") << QByteArray("ttyUSB11")
                              << texts({"SIM IMSI             : 250011111111111",
-                                    "Network              : 250 01 (MTS, Russian Federation), LAC "
-                                    "1f40, CID 00a1b2c3",
+                                    ("Network              : 250 01 (MTS, Russian Federation), LAC "
+                                     "1f40, CID 00a1b2c3"),
                                     "Service reply        : \"Balance:0.99r\"",
                                     "Remote number        : \"InfoMTS\"", "Hello"});
 }

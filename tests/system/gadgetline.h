@@ -12,7 +12,7 @@ class QSocketNotifier;
 /// The function carries neither DTR nor whether anybody has the port open: hungUp() tells only of
 /// unplugging, and what is sent while nobody listens waits, in the few kilobytes that the kernel
 /// has for it, for the next one who opens the port. The rest of it is lost.
-class GadgetLine : public SerialLine
+class GadgetLine final : public SerialLine
 {
     Q_OBJECT
     Q_DISABLE_COPY_MOVE(GadgetLine)

@@ -34,7 +34,7 @@ namespace {
 
 constexpr qint64 kAnswerLimit = 100; // ms
 constexpr qint64 kBusyLimit = 1000; // ms
-constexpr qint64 kMemoryLimit = 64 * 1024; // kB
+constexpr int kMemoryLimit = 64 * 1024; // kB
 constexpr int kConnections = 1000;
 
 int strictSeconds()
@@ -251,6 +251,7 @@ void HostilePeersTest::othersAreAnsweredMeanwhile()
     const PrivateBus bus;
     const qint64 broker = bus.startBroker();
     std::vector<std::unique_ptr<Attacker>> attackers;
+    attackers.reserve(static_cast<std::size_t>(attack.attackers));
     for (int i = 0; i < attack.attackers; ++i)
         attackers.push_back(
             std::make_unique<Attacker>(bus.address(), attack.bytes, attack.perSecond));

@@ -505,7 +505,7 @@ void TestModemsFinder::endsWithoutThreadsToSpare()
     rlimit before = {};
     QCOMPARE(::getrlimit(RLIMIT_AS, &before), 0);
     const auto pageSize = static_cast<rlim_t>(::sysconf(_SC_PAGESIZE));
-    const rlimit tight = {pages * pageSize + 4 * 1024 * 1024, before.rlim_max};
+    const rlimit tight = {pages * pageSize + 4UL * 1024 * 1024, before.rlim_max};
     QCOMPARE(::setrlimit(RLIMIT_AS, &tight), 0);
     bench.finder->start();
     QCOMPARE(::setrlimit(RLIMIT_AS, &before), 0);

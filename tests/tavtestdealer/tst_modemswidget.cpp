@@ -181,7 +181,7 @@ private slots:
         save(tavbus::BUSNAME_TAVMODEMS, theirs);
         ModemsWidget page;
         page.show();
-        const auto listed = [&page](QWidget *where) {
+        const auto listed = [](QWidget *where) {
             return where->findChild<QComboBox *>(QStringLiteral("cbModem"))->itemText(0);
         };
         QCOMPARE(listed(page.findChild<TestDialWidget *>()), theirs.first());
