@@ -48,12 +48,12 @@ bool isPlain(const ModemInfo &modem)
 void readAny(FuzzInput &input)
 {
     const Modems modems = read(input.rest());
-    for (auto it = modems.cbegin(); it != modems.cend(); ++it) {
-        const QStringList texts = textsOf(*it);
+    for (const ModemInfo &modem : modems) {
+        const QStringList texts = textsOf(modem);
         require(std::all_of(texts.cbegin(), texts.cend(),
                     [](const QString &text) { return onelinetext::isValid(text); }),
             "no value is more than a line");
-        require(it->phones().size() <= 9 && it->initLines().size() <= 9,
+        require(modem.phones().size() <= 9 && modem.initLines().size() <= 9,
             "lists are as long as they can be written");
     }
 }

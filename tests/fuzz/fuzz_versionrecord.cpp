@@ -10,7 +10,8 @@ namespace {
 
 void requireOrdered(const AppVersion &one, const AppVersion &other)
 {
-    require(!(one < one) && !(other < other), "nothing comes before itself");
+    require(
+        !(one < AppVersion(one)) && !(other < AppVersion(other)), "nothing comes before itself");
     require(!(one < other) || !(other < one), "of two one is the lower");
 }
 

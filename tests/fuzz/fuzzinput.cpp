@@ -44,7 +44,7 @@ extern "C" int LLVMFuzzerInitialize(int *argc, char ***argv)
 QByteArray FuzzInput::line()
 {
     const int end = m_bytes.indexOf('\n', m_at);
-    const QByteArray found = end < 0 ? m_bytes.mid(m_at) : m_bytes.mid(m_at, end - m_at);
+    QByteArray found = end < 0 ? m_bytes.mid(m_at) : m_bytes.mid(m_at, end - m_at);
     m_at = end < 0 ? m_bytes.size() : end + 1;
     return found;
 }
@@ -64,7 +64,7 @@ QString FuzzInput::text()
 
 QByteArray FuzzInput::rest()
 {
-    const QByteArray found = m_bytes.mid(m_at);
+    QByteArray found = m_bytes.mid(m_at);
     m_at = m_bytes.size();
     return found;
 }
@@ -155,7 +155,7 @@ QString fuzzDirectory()
 
 QString fuzzFile(const QString &name, const QByteArray &bytes)
 {
-    const QString path = fuzzDirectory() + QLatin1Char('/') + name;
+    QString path = fuzzDirectory() + QLatin1Char('/') + name;
     QFile file(path);
     require(file.open(QIODevice::WriteOnly | QIODevice::Unbuffered)
             && file.write(bytes) == bytes.size(),

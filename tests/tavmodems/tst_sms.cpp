@@ -68,7 +68,7 @@ SmsPart part(int reference, int number, int total)
 
 QDateTime at(int minutes)
 {
-    return QDateTime(QDate(2026, 11, 20), QTime(12, 0), Qt::UTC).addSecs(60 * minutes);
+    return QDateTime(QDate(2026, 11, 20), QTime(12, 0), Qt::UTC).addSecs(qint64{60} * minutes);
 }
 
 } // namespace
