@@ -10,7 +10,7 @@ static void useResources()
 
 namespace {
 
-constexpr qint64 kMostBytes = 1024 * 1024; // a scenario of a hundred modems takes a tenth of it
+constexpr int kMostBytes = 1024 * 1024; // a scenario of a hundred modems takes a tenth of it
 
 QString folderOf(BuiltInFiles::Kind kind)
 {

@@ -115,6 +115,7 @@ void FirstProcess::startProgram()
     for (const QString &word : m_program)
         words.push_back(QFile::encodeName(word));
     std::vector<char *> arguments;
+    arguments.reserve(words.size() + 1);
     for (QByteArray &word : words)
         arguments.push_back(word.data());
     arguments.push_back(nullptr);
