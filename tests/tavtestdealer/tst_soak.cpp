@@ -104,6 +104,7 @@ void SoakTest::repeat(void (SoakTest::*work)(MainDialog &))
     MainDialog dialog;
     dialog.show();
     const int count = rounds();
+    m_samples.reserve(static_cast<size_t>(count)); // they are not to count as growth
     for (int round = 0; round < count; ++round) {
         (this->*work)(dialog);
         if (QTest::currentTestFailed())
