@@ -41,8 +41,12 @@ bool isPlain(const QString &text)
 bool isPlain(const ModemInfo &modem)
 {
     const QStringList texts = textsOf(modem);
-    return std::all_of(
-        texts.cbegin(), texts.cend(), [](const QString &text) { return isPlain(text); });
+    // An empty entry ends its list, and the line that is always there is not part of one; either
+    // may come of a text whose control characters are left out.
+    return !modem.phones().contains(QString()) && !modem.initLines().contains(QString())
+        && !modem.initLines().contains(QStringLiteral("ATZ"))
+        && std::all_of(
+            texts.cbegin(), texts.cend(), [](const QString &text) { return isPlain(text); });
 }
 
 void readAny(FuzzInput &input)
