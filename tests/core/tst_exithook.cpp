@@ -1,51 +1,80 @@
 #include "exithook.h"
 
+#include <QProcess>
 #include <QTest>
 
 #include <cstdlib>
-#include <functional>
 #include <thread>
 
-#include <sys/wait.h>
 #include <unistd.h>
-
-// Each in a process of its own, which exit() ends.
 
 namespace {
 
-struct Ended
+void say(const char *letter)
 {
-    int status = -1;
-    QByteArray written;
-};
-
-Ended inAnotherProcess(const std::function<void(int out)> &work)
-{
-    int ends[2];
-    if (::pipe(ends) != 0)
-        qFatal("no pipe");
-    const pid_t child = ::fork();
-    if (child == 0) {
-        work(ends[1]);
-        ::_exit(100);
-    }
-    ::close(ends[1]);
-    Ended ended;
-    char byte = 0;
-    while (::read(ends[0], &byte, 1) == 1)
-        ended.written += byte;
-    ::close(ends[0]);
-    int status = 0;
-    if (::waitpid(child, &status, 0) == child && WIFEXITED(status))
-        ended.status = WEXITSTATUS(status);
-    return ended;
-}
-
-void say(int out, const char *letter)
-{
-    if (::write(out, letter, 1) != 1)
+    if (::write(STDOUT_FILENO, letter, 1) != 1)
         ::_exit(101);
 }
+
+// What is done in a process of its own, which exit() ends.
+
+[[noreturn]] void exitWithAHook()
+{
+    const ExitHook hook([] { say("a"); });
+    std::exit(3);
+}
+
+[[noreturn]] void exitOnceTheHookHasGone()
+{
+    {
+        const ExitHook hook([] { say("a"); });
+    }
+    std::exit(0);
+}
+
+[[noreturn]] void exitWithTheSecondHook()
+{
+    {
+        const ExitHook former([] { say("a"); });
+    }
+    const ExitHook hook([] { say("b"); });
+    std::exit(0);
+}
+
+[[noreturn]] void exitWithALateStaticObject()
+{
+    const ExitHook hook([] { say("a"); });
+    struct Late
+    {
+        ~Late() { say(letter); }
+        const char *letter;
+    };
+    static const Late late{"b"}; // first used when the hook is there
+    std::exit(0);
+}
+
+[[noreturn]] void exitInAnotherThread()
+{
+    const ExitHook hook([] { say("a"); });
+    std::thread([] { std::exit(4); }).join();
+    ::_exit(100);
+}
+
+struct Case
+{
+    const char *name;
+    void (*work)();
+    const char *written;
+    int status;
+};
+
+constexpr Case kCases[] = {
+    {"runs when the process exits", exitWithAHook, "a", 3},
+    {"does not run once it has gone", exitOnceTheHookHasGone, "", 0},
+    {"the latest one runs, and once", exitWithTheSecondHook, "b", 0},
+    {"static objects are still there", exitWithALateStaticObject, "ab", 0},
+    {"does not run in another thread", exitInAnotherThread, "", 4},
+};
 
 } // namespace
 
@@ -54,65 +83,36 @@ class ExitHookTest : public QObject
     Q_OBJECT
 
 private slots:
-    void runsWhenTheProcessExits()
+    void ends_data()
     {
-        const Ended ended = inAnotherProcess([](int out) {
-            const ExitHook hook([out] { say(out, "a"); });
-            std::exit(3);
-        });
-        QCOMPARE(ended.written, QByteArray("a"));
-        QCOMPARE(ended.status, 3);
+        QTest::addColumn<QByteArray>("written");
+        QTest::addColumn<int>("status");
+        for (const Case &each : kCases)
+            QTest::newRow(each.name) << QByteArray(each.written) << each.status;
     }
 
-    void doesNotRunOnceItHasGone()
+    void ends()
     {
-        const Ended ended = inAnotherProcess([](int out) {
-            {
-                const ExitHook hook([out] { say(out, "a"); });
-            }
-            std::exit(0);
-        });
-        QCOMPARE(ended.written, QByteArray());
-        QCOMPARE(ended.status, 0);
-    }
-
-    void latestOneRunsAndOnce()
-    {
-        const Ended ended = inAnotherProcess([](int out) {
-            {
-                const ExitHook former([out] { say(out, "a"); });
-            }
-            const ExitHook hook([out] { say(out, "b"); });
-            std::exit(0);
-        });
-        QCOMPARE(ended.written, QByteArray("b"));
-    }
-
-    void staticObjectsAreStillThere()
-    {
-        const Ended ended = inAnotherProcess([](int out) {
-            const ExitHook hook([out] { say(out, "a"); });
-            struct Late
-            {
-                ~Late() { say(descriptor, "b"); }
-                int descriptor;
-            };
-            static const Late late{out}; // first used when the hook is there
-            std::exit(0);
-        });
-        QCOMPARE(ended.written, QByteArray("ab"));
-    }
-
-    void doesNotRunInAnotherThread()
-    {
-        const Ended ended = inAnotherProcess([](int out) {
-            const ExitHook hook([out] { say(out, "a"); });
-            std::thread([] { std::exit(4); }).join();
-        });
-        QCOMPARE(ended.written, QByteArray());
-        QCOMPARE(ended.status, 4);
+        QFETCH(int, status);
+        QProcess process;
+        process.setProcessChannelMode(QProcess::ForwardedErrorChannel);
+        process.start(QCoreApplication::applicationFilePath(),
+            {QStringLiteral("end"), QString::fromLatin1(QTest::currentDataTag())});
+        QVERIFY(process.waitForFinished());
+        QCOMPARE(process.exitStatus(), QProcess::NormalExit);
+        QTEST(process.readAllStandardOutput(), "written");
+        QCOMPARE(process.exitCode(), status);
     }
 };
 
-QTEST_GUILESS_MAIN(ExitHookTest)
+int main(int argc, char **argv)
+{
+    for (const Case &each : kCases) {
+        if (argc == 3 && qstrcmp(argv[1], "end") == 0 && qstrcmp(argv[2], each.name) == 0)
+            each.work();
+    }
+    QCoreApplication application(argc, argv);
+    ExitHookTest test;
+    return QTest::qExec(&test, argc, argv);
+}
 #include "tst_exithook.moc"
