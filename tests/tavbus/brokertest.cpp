@@ -16,9 +16,29 @@
 #include <QPoint>
 #include <QProcess>
 #include <QSignalSpy>
+#include <QSqlDatabase>
+#include <QSqlQuery>
 #include <QTest>
 
+#include <sys/resource.h>
+
 using namespace tavbus;
+
+namespace {
+
+// What a broker that cannot run says.
+QByteArray lastWords(const QString &address, const QString &database)
+{
+    QProcess broker;
+    broker.start(QStringLiteral(TAVBUSD),
+        {QStringLiteral("--address"), address, QStringLiteral("--database"), database});
+    if (!broker.waitForFinished() || broker.exitStatus() != QProcess::NormalExit
+        || broker.exitCode() != 1)
+        return "it ran or crashed";
+    return broker.readAllStandardError();
+}
+
+} // namespace
 
 /// The broker against clients that do not use the library, or mean harm.
 class BrokerTest : public QObject
@@ -46,10 +66,15 @@ private slots:
     void garbageOnTheWireHurtsNobodyElse_data();
     void garbageOnTheWireHurtsNobodyElse();
     void secondBrokerGivesWay();
+    void brokerWithoutABusEnds();
     void laterDatabaseIsNotTouched();
+    void damagedRecordIsTold();
+    void fullDiskIsTold_data();
+    void fullDiskIsTold();
     void commandForAnAgentThatNeverComesIsRefused();
 
 private:
+    void setUp(const PrivateBus::Options &options);
     // Calls the broker from the raw connection; the error's name, or empty.
     QString call(const QString &method, const QVariantList &arguments);
 
@@ -61,7 +86,12 @@ private:
 
 void BrokerTest::init()
 {
-    m_bus = std::make_unique<PrivateBus>();
+    setUp(PrivateBus::Options());
+}
+
+void BrokerTest::setUp(const PrivateBus::Options &options)
+{
+    m_bus = std::make_unique<PrivateBus>(options);
     m_handler = std::make_unique<TavBusQueryHandler>(BUSNAME_TESTDEALER);
     QVERIFY(m_handler->open());
     QVERIFY(m_handler->saveSettings(records::settings(BUSNAME_TAVMODEMS, {1})));
@@ -171,6 +201,7 @@ void BrokerTest::badArgumentsAreRefused_data()
         {"nested too deep", records::nested(17)},
         {"nested as deep as D-Bus goes", records::nested(30)},
         {"structure", QVariant(QPoint(1, 2))},
+        {"map by numbers", QVariant::fromValue(QMap<int, QString>({{1, QString()}}))},
         {"object path", QVariant::fromValue(QDBusObjectPath(QStringLiteral("/")))},
         {"byte", QVariant::fromValue(uchar(1))},
         {"16-bit number", QVariant::fromValue(short(1))},
@@ -380,16 +411,18 @@ void BrokerTest::garbageOnTheWireHurtsNobodyElse()
 void BrokerTest::secondBrokerGivesWay()
 {
     const qint64 broker = m_bus->brokerPid();
-    QProcess second;
-    second.start(QStringLiteral(TAVBUSD),
-        {QStringLiteral("--address"), m_bus->address(), QStringLiteral("--database"),
-            m_bus->directory() + QStringLiteral("/second.db")});
-    QVERIFY(second.waitForFinished());
-    QCOMPARE(second.exitStatus(), QProcess::NormalExit);
-    QCOMPARE(second.exitCode(), 1);
-    QVERIFY2(second.readAllStandardError().contains("cannot take the name"),
-        second.readAllStandardError().constData());
+    const QByteArray said
+        = lastWords(m_bus->address(), m_bus->directory() + QStringLiteral("/second.db"));
+    QVERIFY2(said.contains("cannot take the name"), said.constData());
     QCOMPARE(m_bus->brokerPid(), broker);
+}
+
+void BrokerTest::brokerWithoutABusEnds()
+{
+    const QByteArray said
+        = lastWords(QStringLiteral("unix:path=") + m_bus->directory() + QStringLiteral("/none"),
+            m_bus->directory() + QStringLiteral("/second.db"));
+    QVERIFY2(said.contains("cannot connect to the bus"), said.constData());
 }
 
 void BrokerTest::laterDatabaseIsNotTouched()
@@ -402,14 +435,69 @@ void BrokerTest::laterDatabaseIsNotTouched()
         QCOMPARE(database.write(QByteArray("\0\0\0\7", 4)), 4);
     }
     QVERIFY(!m_handler->saveSettings(records::settings(BUSNAME_TAVMODEMS, {2})));
-    QProcess broker;
-    broker.start(QStringLiteral(TAVBUSD),
-        {QStringLiteral("--address"), m_bus->address(), QStringLiteral("--database"),
-            m_bus->databaseFile()});
-    QVERIFY(broker.waitForFinished());
-    QCOMPARE(broker.exitCode(), 1);
-    const QByteArray said = broker.readAllStandardError();
+    const QByteArray said = lastWords(m_bus->address(), m_bus->databaseFile());
     QVERIFY2(said.contains("later version"), said.constData());
+}
+
+void BrokerTest::damagedRecordIsTold()
+{
+    m_bus->endBroker();
+    const QString name = QStringLiteral("behind");
+    {
+        auto database = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), name);
+        database.setDatabaseName(m_bus->databaseFile());
+        QVERIFY(database.open());
+        QVERIFY(QSqlQuery(database).exec(QStringLiteral("UPDATE settings SET body = x'00000009'")));
+    }
+    QSqlDatabase::removeDatabase(name);
+    QCOMPARE(call(QStringLiteral("loadSettings"), {BUSNAME_TAVMODEMS}), ERROR_STORE_FAILED);
+    QVERIFY(m_answer.value(0).toString().contains(BUSNAME_TAVMODEMS));
+    // To the tool it is no record of nothing, which it would take for "no modems yet".
+    QList<ClientSettings> list{records::settings(BUSNAME_WATCHDOGS, {})};
+    QVERIFY(!m_handler->loadSettings(QStringList(BUSNAME_TAVMODEMS), list));
+    QCOMPARE(list.size(), 1);
+}
+
+void BrokerTest::fullDiskIsTold_data()
+{
+    QTest::addColumn<QString>("method");
+    QTest::addColumn<QVariantList>("arguments");
+
+    QTest::newRow("save") << QStringLiteral("saveSettings")
+                          << QVariantList(
+                                 {BUSNAME_TAVMODEMS, QString(), Q_INT64_C(0), QVariantList({2})});
+    QTest::newRow("remove") << QStringLiteral("removeSettings")
+                            << QVariantList({BUSNAME_TAVMODEMS, true});
+    QTest::newRow("publish") << QStringLiteral("publishState")
+                             << QVariantList({BUSNAME_TAVMODEMS, Q_INT64_C(0), QVariantMap()});
+}
+
+void BrokerTest::fullDiskIsTold()
+{
+    QFETCH(const QString, method);
+    QFETCH(const QVariantList, arguments);
+    cleanup();
+    PrivateBus::Options options;
+    // As a terminal starts it, with bus and database from the configuration. A limit of what it may
+    // write stands in for the disk, and would end it by a signal otherwise.
+    options.brokerCommand = QStringLiteral("/bin/sh -c \"trap '' XFSZ; exec '" TAVBUSD "'\"");
+    setUp(options);
+    QCOMPARE(call(QStringLiteral("registerAgent"), {BUSNAME_TAVMODEMS, false}), QString());
+    const auto broker = pid_t(m_bus->brokerPid());
+    rlimit former{};
+    QCOMPARE(::prlimit(broker, RLIMIT_FSIZE, nullptr, &former), 0);
+    const rlimit full{0, former.rlim_max};
+    QCOMPARE(::prlimit(broker, RLIMIT_FSIZE, &full, nullptr), 0);
+
+    QCOMPARE(call(method, arguments), ERROR_STORE_FAILED);
+    QVERIFY(!m_answer.value(0).toString().isEmpty());
+    QCOMPARE(pid_t(m_bus->brokerPid()), broker);
+    ClientSettings settings;
+    QVERIFY(m_handler->loadSettings(BUSNAME_TAVMODEMS, settings));
+    QCOMPARE(settings.settings(), QVariantList({1}));
+
+    QCOMPARE(::prlimit(broker, RLIMIT_FSIZE, &former, nullptr), 0);
+    QCOMPARE(call(method, arguments), QString());
 }
 
 void BrokerTest::commandForAnAgentThatNeverComesIsRefused()
@@ -423,6 +511,7 @@ int main(int argc, char *argv[])
     QCoreApplication app(argc, argv);
     qDBusRegisterMetaType<QList<int>>();
     qDBusRegisterMetaType<QMap<QString, QString>>();
+    qDBusRegisterMetaType<QMap<int, QString>>();
     BrokerTest test;
     return QTest::qExec(&test, argc, argv);
 }

@@ -1,4 +1,5 @@
 #include "store.h"
+#include "fulldisk.h"
 
 #include <QDir>
 #include <QFile>
@@ -6,10 +7,6 @@
 #include <QSqlError>
 #include <QTemporaryDir>
 #include <QTest>
-
-#include <csignal>
-#include <sys/resource.h>
-#include <sys/stat.h>
 
 using namespace tavbus;
 
@@ -54,6 +51,12 @@ QVariant sql(const QString &file, const QString &statement)
     return result;
 }
 
+QByteArray contentOf(const QString &path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
 void overwrite(const QString &path, qint64 from, const QByteArray &bytes)
 {
     QFile file(path);
@@ -80,11 +83,20 @@ private slots:
     void laterSchemaIsRefusedAndLeftAlone();
     void damagedDatabaseIsKeptAside_data();
     void damagedDatabaseIsKeptAside();
+    void damagedDatabaseThatCannotBeKeptAsideIsLeftAlone();
+    void databaseOfAnotherProgramIsRefused_data();
+    void databaseOfAnotherProgramIsRefused();
+    void directoryInTheDatabasesPlace();
     void damagedRecordIsReportedNotMissing();
+    void damageThatComesLaterIsReported();
     void damagedStateCostsNothingElse();
     void databaseInUseIsRefusedNotSetAside();
     void directoryThatCannotBeMade();
+    void fullDiskMakesNoDatabase_data();
+    void fullDiskMakesNoDatabase();
     void fullDiskKeepsTheFormerRecord();
+    void fullDiskKeepsTheFormerState();
+    void fullDiskRemovesNothing();
 
 private:
     QString file() const { return m_directory->filePath(QStringLiteral("deep/down/tavbus.db")); }
@@ -252,9 +264,7 @@ void StoreTest::damagedDatabaseIsKeptAside()
         store.saveSettings(record(kOwner, {1}));
     }
     overwrite(file(), from, bytes);
-    QFile damaged(file());
-    QVERIFY(damaged.open(QIODevice::ReadOnly));
-    const QByteArray content = damaged.readAll();
+    const QByteArray content = contentOf(file());
 
     QTest::ignoreMessage(
         QtCriticalMsg, QRegularExpression(QStringLiteral("tavbus.db is damaged .* kept as")));
@@ -265,9 +275,62 @@ void StoreTest::damagedDatabaseIsKeptAside()
     const QDir directory(QFileInfo(file()).path());
     const QStringList aside = directory.entryList({QStringLiteral("tavbus.db.damaged-*")});
     QCOMPARE(aside.size(), 1);
-    QFile kept(directory.filePath(aside.constFirst()));
-    QVERIFY(kept.open(QIODevice::ReadOnly));
-    QCOMPARE(kept.readAll(), content);
+    QCOMPARE(contentOf(directory.filePath(aside.constFirst())), content);
+}
+
+void StoreTest::damagedDatabaseThatCannotBeKeptAsideIsLeftAlone()
+{
+    // A name so long that there is no room for another ending: also root cannot rename it.
+    const QString name = m_directory->filePath(QString(240, QLatin1Char('a')));
+    const QByteArray content = "[settings]\nowner=tavmodems\n";
+    overwrite(name, 0, content);
+
+    QTest::ignoreMessage(
+        QtCriticalMsg, QRegularExpression(QStringLiteral("a is damaged .* cannot be kept as")));
+    Store store;
+    QVERIFY(!store.open(name));
+    QVERIFY2(
+        store.errorText().contains(QLatin1String("not a database")), qPrintable(store.errorText()));
+    QCOMPARE(contentOf(name), content);
+}
+
+void StoreTest::databaseOfAnotherProgramIsRefused_data()
+{
+    QTest::addColumn<QString>("change");
+    QTest::addColumn<QString>("error");
+
+    const QString missing = QStringLiteral("no such table");
+    QTest::newRow("no settings") << QStringLiteral("DROP TABLE settings") << missing;
+    QTest::newRow("no states") << QStringLiteral("DROP TABLE states") << missing;
+    QTest::newRow("tables and no version")
+        << QStringLiteral("PRAGMA user_version = 0") << QStringLiteral("already exists");
+}
+
+void StoreTest::databaseOfAnotherProgramIsRefused()
+{
+    QFETCH(const QString, change);
+    QFETCH(const QString, error);
+    {
+        Store store;
+        QVERIFY(store.open(file()));
+    }
+    sql(file(), change);
+    const QByteArray content = contentOf(file());
+    Store store;
+    QVERIFY(!store.open(file()));
+    QVERIFY2(store.errorText().contains(error), qPrintable(store.errorText()));
+    QCOMPARE(contentOf(file()), content);
+    QCOMPARE(QDir(QFileInfo(file()).path()).entryList(QDir::Files),
+        QStringList(QStringLiteral("tavbus.db")));
+}
+
+void StoreTest::directoryInTheDatabasesPlace()
+{
+    QVERIFY(QDir().mkpath(file()));
+    Store store;
+    QVERIFY(!store.open(file()));
+    QVERIFY2(
+        store.errorText().contains(QLatin1String("unable to open")), qPrintable(store.errorText()));
 }
 
 void StoreTest::damagedRecordIsReportedNotMissing()
@@ -285,6 +348,27 @@ void StoreTest::damagedRecordIsReportedNotMissing()
     QVERIFY(store.errorText().contains(kOwner));
     QCOMPARE(store.saveSettings(record(kOwner, {2})), Store::Change::Done);
     QCOMPARE(store.loadSettings(kOwner, loaded), Store::Look::Found);
+}
+
+// Found when it is read, not when the database was opened: more than SQLite keeps in memory.
+void StoreTest::damageThatComesLaterIsReported()
+{
+    const QString large = QStringLiteral("large");
+    {
+        Store store;
+        QVERIFY(store.open(file()));
+        QCOMPARE(store.saveSettings(record(large, {QByteArray(8 * 1024 * 1024, 'x')})),
+            Store::Change::Done);
+    }
+    Store store;
+    QVERIFY(store.open(file()));
+    QVERIFY(QFile::resize(file(), 4096));
+    ClientSettings loaded = record(kOwner, {1});
+    QCOMPARE(store.loadSettings(large, loaded), Store::Look::Failed);
+    QVERIFY2(store.errorText().contains(QLatin1String("malformed")), qPrintable(store.errorText()));
+    QCOMPARE(loaded, record(kOwner, {1}));
+    QCOMPARE(store.removeSettings(large, false), Store::Change::Failed);
+    QCOMPARE(store.loadSettings(large, loaded), Store::Look::Failed); // still there
 }
 
 void StoreTest::damagedStateCostsNothingElse()
@@ -336,23 +420,38 @@ void StoreTest::directoryThatCannotBeMade()
     QVERIFY2(store.errorText().contains(file()), qPrintable(store.errorText()));
 }
 
+void StoreTest::fullDiskMakesNoDatabase_data()
+{
+    QTest::addColumn<rlim_t>("room");
+
+    QTest::newRow("no room at all") << rlim_t(0);
+    QTest::newRow("room for the file, not for the tables") << rlim_t(8192);
+}
+
+void StoreTest::fullDiskMakesNoDatabase()
+{
+    QFETCH(const rlim_t, room);
+    Store store;
+    {
+        const FullDisk disk(room);
+        QVERIFY(!store.open(file()));
+        QVERIFY(!store.errorText().isEmpty());
+    }
+    QVERIFY2(store.open(file()), qPrintable(store.errorText()));
+    QCOMPARE(store.saveSettings(record(kOwner, {1})), Store::Change::Done);
+}
+
 void StoreTest::fullDiskKeepsTheFormerRecord()
 {
     Store store;
     QVERIFY(store.open(file()));
     QCOMPARE(store.saveSettings(record(kOwner, {1})), Store::Change::Done);
 
-    // A file that may not grow stands in for the disk.
-    rlimit former{};
-    QCOMPARE(::getrlimit(RLIMIT_FSIZE, &former), 0);
-    rlimit small = former;
-    small.rlim_cur = 262144;
-    const auto formerHandler = std::signal(SIGXFSZ, SIG_IGN);
-    QCOMPARE(::setrlimit(RLIMIT_FSIZE, &small), 0);
-    const auto change = store.saveSettings(record(kOwner, {QByteArray(512 * 1024, 'x')}));
-    QCOMPARE(::setrlimit(RLIMIT_FSIZE, &former), 0);
-    std::signal(SIGXFSZ, formerHandler);
-
+    Store::Change change{};
+    {
+        const FullDisk disk(262144);
+        change = store.saveSettings(record(kOwner, {QByteArray(512 * 1024, 'x')}));
+    }
     QCOMPARE(change, Store::Change::Failed);
     QVERIFY(!store.errorText().isEmpty());
     for (int reopened = 0; reopened < 2; ++reopened) {
@@ -362,6 +461,43 @@ void StoreTest::fullDiskKeepsTheFormerRecord()
         QVERIFY(store.open(file()));
     }
     QCOMPARE(store.saveSettings(record(kOwner, {2})), Store::Change::Done);
+}
+
+void StoreTest::fullDiskKeepsTheFormerState()
+{
+    Store store;
+    QVERIFY(store.open(file()));
+    QCOMPARE(store.saveState(kOwner, stateOf(2)), Store::Change::Done);
+    {
+        const FullDisk disk(0);
+        QCOMPARE(store.saveState(kOwner, stateOf(6)), Store::Change::Failed);
+        QVERIFY(!store.errorText().isEmpty());
+    }
+    for (int reopened = 0; reopened < 2; ++reopened) {
+        QCOMPARE(store.state(kOwner).value_or(ClientState()), stateOf(2));
+        QVERIFY(store.open(file()));
+    }
+    QCOMPARE(store.saveState(kOwner, stateOf(6)), Store::Change::Done);
+}
+
+void StoreTest::fullDiskRemovesNothing()
+{
+    Store store;
+    QVERIFY(store.open(file()));
+    QCOMPARE(store.saveSettings(record(kOwner, {1})), Store::Change::Done);
+    QCOMPARE(store.saveState(kOwner, stateOf(6)), Store::Change::Done);
+    {
+        const FullDisk disk(0);
+        QCOMPARE(store.removeSettings(kOwner, true), Store::Change::Failed);
+        QVERIFY(!store.errorText().isEmpty());
+    }
+    for (int reopened = 0; reopened < 2; ++reopened) {
+        ClientSettings loaded;
+        QCOMPARE(store.loadSettings(kOwner, loaded), Store::Look::Found);
+        QCOMPARE(store.state(kOwner).value_or(ClientState()), stateOf(6));
+        QVERIFY(store.open(file()));
+    }
+    QCOMPARE(store.removeSettings(kOwner, true), Store::Change::Done);
 }
 
 QTEST_GUILESS_MAIN(StoreTest)

@@ -88,7 +88,8 @@ void WireTest::values()
     QVERIFY(plain);
     QCOMPARE(plain->constFirst().userType(), value.userType());
     QCOMPARE(*plain, list);
-    QVERIFY(!wire::checked(list, size - 1));
+    for (int limit = 0; limit < size; ++limit)
+        QVERIFY(!wire::checked(list, limit));
     const auto unpacked = wire::unpacked(wire::packed(value));
     QVERIFY(unpacked);
     QCOMPARE(unpacked->userType(), value.userType());
@@ -139,6 +140,7 @@ void WireTest::damagedBytes_data()
     QTest::newRow("map of more values than there are bytes")
         << QByteArray::fromHex("00000008007fffffff000000000000000a00ffffffff");
     QTest::newRow("texts of more than memory holds") << QByteArray::fromHex("0000000b007fffffff");
+    QTest::newRow("texts cut off") << QByteArray::fromHex("0000000b0000000002000000020061");
     QTest::newRow("nested deeper than the stack holds")
         << QByteArray::fromHex("000000090000000001").repeated(100000);
     QTest::newRow("map with one key twice") << QByteArray::fromHex(

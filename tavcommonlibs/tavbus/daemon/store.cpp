@@ -259,13 +259,17 @@ bool Store::setAside(const QString &file)
     close();
     const QString aside = file + QStringLiteral(".damaged-")
         + QDateTime::currentDateTimeUtc().toString(QStringLiteral("yyyyMMddTHHmmsszzz"));
-    qCritical("%s is damaged (%s) and is kept as %s", qUtf8Printable(file), qUtf8Printable(m_error),
-        qUtf8Printable(aside));
     // The log goes with it: without it the last changes could not be saved from the old file.
     const QString log = QStringLiteral("-wal");
-    if (QFile::exists(file + log) && !QFile::rename(file + log, aside + log))
-        return false;
-    return QFile::rename(file, aside);
+    const bool isKept = (!QFile::exists(file + log) || QFile::rename(file + log, aside + log))
+        && QFile::rename(file, aside);
+    if (isKept)
+        qCritical("%s is damaged (%s) and is kept as %s", qUtf8Printable(file),
+            qUtf8Printable(m_error), qUtf8Printable(aside));
+    else
+        qCritical("%s is damaged (%s) and cannot be kept as %s", qUtf8Printable(file),
+            qUtf8Printable(m_error), qUtf8Printable(aside));
+    return isKept;
 }
 
 Store::Opened Store::failed(const QSqlError &error)
