@@ -6,12 +6,3 @@ bool InterfaceSettings::operator==(const InterfaceSettings &other) const
         && m_netMask == other.m_netMask && m_gateway == other.m_gateway
         && m_dnsServers == other.m_dnsServers;
 }
-
-QDebug operator<<(QDebug debug, const InterfaceSettings &settings)
-{
-    const QDebugStateSaver saver(debug);
-    debug.nospace() << "InterfaceSettings(" << (settings.useDhcp() ? "dhcp" : "static") << ", "
-                    << settings.address() << ", " << settings.netMask() << ", "
-                    << settings.gateway() << ", " << settings.dnsServers() << ')';
-    return debug;
-}

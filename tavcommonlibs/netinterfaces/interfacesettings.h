@@ -1,6 +1,5 @@
 #pragma once
 
-#include <QDebug>
 #include <QMetaType>
 #include <QString>
 
@@ -37,7 +36,5 @@ private:
     QString m_gateway;
     QString m_dnsServers;
 };
-
-QDebug operator<<(QDebug debug, const InterfaceSettings &settings);
 
 Q_DECLARE_METATYPE(InterfaceSettings)

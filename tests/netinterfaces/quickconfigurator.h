@@ -22,6 +22,7 @@ public:
 
     QVector<QPair<QString, bool>> interfaces;
     std::chrono::milliseconds pause{0};
+    std::chrono::milliseconds longest{30000}; // to wait for at the end of the program
     std::function<void()> atPause = [] {};
     std::function<void()> atFlush = [] {};
 
@@ -32,6 +33,7 @@ protected:
         atPause();
         return pause;
     }
+    std::chrono::milliseconds longestFinish() const override { return longest; }
     void flushToDisk() const override { atFlush(); }
 };
 

@@ -444,6 +444,55 @@ private slots:
         QVERIFY(sudo.calls().isEmpty());
     }
 
+    void withoutACommandThereIsNoOutput()
+    {
+        QuickConfigurator configurator({s("eth0")}, s("/target"));
+        QSignalSpy log(&configurator, &EthernetConfigurator::logMessage);
+        configurator.processReadyRead();
+        QCOMPARE(log.count(), 0);
+    }
+
+    // The program ends in the middle: a terminal without its network would be out of reach.
+    void whatWasBegunIsFinishedWithoutPauses()
+    {
+        const FakeSudo sudo("sleep 0.05");
+        QuickConfigurator configurator({s("eth0")}, s("/target"));
+        configurator.applySettings({});
+        QTRY_COMPARE(sudo.calls().size(), 1);
+        configurator.pause = std::chrono::hours(1); // would hang
+        configurator.finishApplying();
+        const QStringList all{s("[ifconfig][eth0][down]"), copyCall(s("/target")), restart};
+        QCOMPARE(sudo.calls(), all);
+        QCOMPARE(process(configurator)->state(), QProcess::NotRunning);
+        QCoreApplication::processEvents();
+        configurator.startProcessing();
+        QCOMPARE(sudo.calls(), all); // each once
+    }
+
+    void withNothingBegunThereIsNothingToFinish()
+    {
+        const FakeSudo sudo;
+        QuickConfigurator configurator({s("eth0")}, s("/target"));
+        configurator.finishApplying();
+        QVERIFY(sudo.calls().isEmpty());
+    }
+
+    void aCommandThatHangsIsNotWaitedForForever()
+    {
+        const FakeSudo sudo(untilLetGo);
+        QuickConfigurator configurator({s("eth0")}, s("/target"));
+        configurator.applySettings({});
+        QTRY_COMPARE(sudo.calls().size(), 1);
+        configurator.longest = std::chrono::milliseconds(50);
+        QTest::ignoreMessage(QtWarningMsg,
+            QRegularExpression(
+                s("left half applied.*ifconfig.*eth0.*sudo cp.*networking restart")));
+        configurator.finishApplying();
+        letGo(sudo);
+        QVERIFY(process(configurator)->waitForFinished());
+        QCOMPARE(sudo.calls().size(), 1);
+    }
+
     void aNameThatOccursTwiceKeepsTheLastFlag()
     {
         QuickConfigurator configurator;
