@@ -23,13 +23,6 @@ bool hasLongCodes(int mcc)
 
 } // namespace
 
-QDebug operator<<(QDebug debug, const MobileNetwork &network)
-{
-    const QDebugStateSaver saver(debug);
-    debug.nospace() << "MobileNetwork(" << network.mcc << ", " << network.mnc << ')';
-    return debug;
-}
-
 std::optional<AtOperator> parseOperator(const QList<QByteArray> &lines)
 {
     const auto value = atfields::valueOf("+COPS", lines);

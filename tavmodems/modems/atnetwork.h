@@ -1,7 +1,6 @@
 #pragma once
 
 #include <QByteArray>
-#include <QDebug>
 #include <QList>
 #include <QString>
 
@@ -18,8 +17,6 @@ struct MobileNetwork
         return mcc == other.mcc && mnc == other.mnc;
     }
 };
-
-QDebug operator<<(QDebug debug, const MobileNetwork &network);
 
 /** The answer to AT+COPS? (3GPP TS 27.007 7.3). */
 struct AtOperator

@@ -1,12 +1,15 @@
 #pragma once
 
 #include <QByteArray>
-#include <QDebug>
 #include <QList>
+#include <QObject>
 
 /** How one AT command ended and what came before the end. */
 struct AtReply
 {
+    Q_GADGET
+
+public:
     enum class Status {
         Ok,
         Connect, ///< a data call is up; what follows is data
@@ -20,6 +23,7 @@ struct AtReply
         PortGone, ///< the port vanished or was hung up
         Refused ///< not sent: the command holds a control character
     };
+    Q_ENUM(Status)
 
     Status status = Status::Timeout;
     QList<QByteArray> lines; ///< without echo, unsolicited lines and the final result
@@ -35,7 +39,3 @@ struct AtReply
         return status == Status::Timeout || status == Status::Flood || status == Status::PortGone;
     }
 };
-
-QDebug operator<<(QDebug debug, AtReply::Status status);
-/** For test messages; not for logs, the lines may hold secrets. */
-QDebug operator<<(QDebug debug, const AtReply &reply);

@@ -581,6 +581,11 @@ void TestAtModem::doesNotWaitWithoutACard_data()
                                << QStringLiteral("The SIM card is locked: it asks for its PUK.");
     QTest::newRow("no card") << QByteArray("\r\n+CME ERROR: 10\r\n") << appears
                              << QStringLiteral("There is no SIM card in the modem.");
+    QTest::newRow("card broken") << QByteArray("\r\n+CME ERROR: 13\r\n") << appears
+                                 << QStringLiteral("The SIM card does not work in this modem.");
+    QTest::newRow("no word on the card")
+        << QByteArray("\r\nERROR\r\n") << appears
+        << QStringLiteral("The modem does not tell the state of its SIM card.");
 }
 
 void TestAtModem::doesNotWaitWithoutACard()

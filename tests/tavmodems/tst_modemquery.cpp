@@ -552,7 +552,15 @@ void TestModemQuery::tellsFacts_data()
     row("operator's codes instead of its name", none, "operator", QVariant());
     row("roaming", {{"AT+CREG?", ok("+CREG: 2,5,\"1A2B\",\"C3D4\",7")}}, "registration",
         QStringLiteral("roaming"));
-    row("searching", {{"AT+CREG?", ok("+CREG: 2,2")}}, "registration", QStringLiteral("searching"));
+    const auto registration = [&](const char *stat, const char *text) {
+        row(text, {{"AT+CREG?", ok("+CREG: 2," + QByteArray(stat))}}, "registration",
+            QString::fromLatin1(text));
+    };
+    registration("0", "not searching");
+    registration("2", "searching");
+    registration("3", "denied");
+    registration("4", "unknown");
+    registration("8", "emergency calls only");
     row("registered in one of two networks",
         {{"AT+CREG?", ok("+CREG: 2,2")}, {"AT+CGREG=2", ok()}, {"AT+CGREG?", ok("+CGREG: 2,1")}},
         "registration", QStringLiteral("home"));
@@ -562,6 +570,8 @@ void TestModemQuery::tellsFacts_data()
         QStringLiteral("UMTS"));
     row("EDGE", {{"AT+CREG?", ok("+CREG: 2,1,\"1A2B\",\"C3D4\",3")}}, "technology",
         QStringLiteral("GSM"));
+    row("5G", {{"AT+CREG?", ok("+CREG: 2,1,\"1A2B\",\"C3D4\",11")}}, "technology",
+        QStringLiteral("5G"));
     row("technology at the operator alone (Huawei E173)",
         {{"AT+COPS?", ok("+COPS: 0,0,\"MTS RUS\",2")}}, "technology", QStringLiteral("UMTS"));
     row("revision behind a word", {{"AT+CGMR", ok("Revision:1418B05SIM800L24")}}, "revision",

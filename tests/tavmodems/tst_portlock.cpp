@@ -1,3 +1,4 @@
+#include "fulldisk.h"
 #include "portholder.h"
 #include "portlock.h"
 
@@ -42,6 +43,7 @@ private slots:
     void doesNotFollowLinks();
     void doesNotWaitForAPipe();
     void goesOnWithoutADirectory();
+    void goesOnWithoutRoomOnTheDisk();
     void leavesALockThatIsNotItsOwn();
     void onlyOneOfManyGetsIt();
     void findsTheProcessThatHasADeviceOpen();
@@ -294,6 +296,19 @@ void TestPortLock::goesOnWithoutADirectory()
                                           "or directory\\. Other programs do not see")));
     QVERIFY(lock.lock(DEVICE));
     lock.unlock();
+}
+
+void TestPortLock::goesOnWithoutRoomOnTheDisk()
+{
+    PortLock lock(m_directory->path());
+    QTest::ignoreMessage(QtWarningMsg,
+        QRegularExpression(QStringLiteral("^No lock file .*/LCK\\.\\.ttyUSB0: File too large\\. "
+                                          "Other programs do not see")));
+    {
+        const FullDisk disk(0);
+        QVERIFY(lock.lock(DEVICE));
+    }
+    QCOMPARE(QDir(m_directory->path()).entryList(QDir::Files), QStringList()); // nor half of one
 }
 
 void TestPortLock::leavesALockThatIsNotItsOwn()
