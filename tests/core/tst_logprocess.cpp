@@ -142,8 +142,10 @@ private slots:
         QCOMPARE(process.exitStatus(), QProcess::NormalExit);
         QCOMPARE(process.exitCode(), 0);
         const QString said = QString::fromUtf8(process.readAllStandardError());
-        QVERIFY2(said.contains(QLatin1String("LOG ERROR")), qPrintable(said));
-        QVERIFY(said.endsWith(QLatin1String("after the log\n")));
+        const int complaint = said.indexOf(QLatin1String("LOG ERROR"));
+        QVERIFY2(complaint >= 0, qPrintable(said));
+        // A program that counts what it reaches cannot write that either, and says so at its end.
+        QVERIFY2(said.indexOf(QLatin1String("\nafter the log\n")) > complaint, qPrintable(said));
     }
 
 private:
