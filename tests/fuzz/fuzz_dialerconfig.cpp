@@ -104,11 +104,6 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
 {
     TestModemsCfg::setConfigPath();
     FuzzInput input(data, size);
-    const bool isWritten = input.choice(2) == 1;
-    input.line();
-    if (isWritten)
-        writeAndRead(input);
-    else
-        readAny(input);
+    readOrWrite(input, readAny, writeAndRead);
     return 0;
 }

@@ -78,17 +78,8 @@ void writeAny(FuzzInput &input)
         "a value ends with its line");
 }
 
-} // namespace
-
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size)
+void readAny(FuzzInput &input)
 {
-    FuzzInput input(data, size);
-    if (input.choice(2) == 1) {
-        input.line();
-        writeAny(input);
-        return 0;
-    }
-    input.line();
     const Settings settings = read(input.rest());
     for (auto it = settings.cbegin(); it != settings.cend(); ++it) {
         require(it.key() == QLatin1String("iface") || candidates().contains(it.key()),
@@ -97,5 +88,13 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
             require(value.isEmpty() || isAddress(value), "an address is one");
     }
     writeBack(settings);
+}
+
+} // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size)
+{
+    FuzzInput input(data, size);
+    readOrWrite(input, readAny, writeAny);
     return 0;
 }

@@ -15,9 +15,9 @@ void requireOrdered(const AppVersion &one, const AppVersion &other)
     require(!(one < other) || !(other < one), "of two one is the lower");
 }
 
-void read(const QByteArray &bytes)
+void read(FuzzInput &input)
 {
-    const QString path = fuzzFile(QStringLiteral("fuzzed.ver"), bytes);
+    const QString path = fuzzFile(QStringLiteral("fuzzed.ver"), input.rest());
     const AppVersion before(QStringLiteral("1.2"), QStringLiteral("3"));
     AppVersion version = before;
     QString application = QStringLiteral("as it was");
@@ -61,11 +61,6 @@ void writeAndRead(FuzzInput &input)
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size)
 {
     FuzzInput input(data, size);
-    const bool isWritten = input.choice(2) == 1;
-    input.line();
-    if (isWritten)
-        writeAndRead(input);
-    else
-        read(input.rest());
+    readOrWrite(input, read, writeAndRead);
     return 0;
 }

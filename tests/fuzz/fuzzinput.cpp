@@ -138,6 +138,13 @@ QVariant FuzzInput::variant(int depth)
     }
 }
 
+void readOrWrite(FuzzInput &input, void (*read)(FuzzInput &), void (*write)(FuzzInput &))
+{
+    const bool isWritten = input.choice(2) == 1;
+    input.line();
+    (isWritten ? write : read)(input);
+}
+
 void require(bool condition, const char *what)
 {
     if (condition)

@@ -48,6 +48,9 @@ private:
     int m_at = 0;
 };
 
+/// The first line chooses: "b" gives what follows it to `write`, "a" to `read`.
+void readOrWrite(FuzzInput &input, void (*read)(FuzzInput &), void (*write)(FuzzInput &));
+
 /// Ends the process, as a crash would, unless the condition holds.
 void require(bool condition, const char *what);
 

@@ -2,6 +2,7 @@
 #include "ethernetwidget.h"
 #include "fakesudo.h"
 #include "quickconfigurator.h"
+#include "runningtimers.h"
 
 #include <QApplication>
 #include <QComboBox>
@@ -81,6 +82,15 @@ private slots:
         QVERIFY(file.open(QIODevice::WriteOnly));
         file.write("iface eth0 inet static\n\taddress 10.0.0.1\n\tnetmask 255.0.0.0\n"
                    "\tgateway 10.0.0.2\n\tdns-nameservers 8.8.8.8 8.8.4.4\niface eth1 inet dhcp\n");
+    }
+
+    void anUntouchedPageRunsNoTimer()
+    {
+        auto *const configurator = new QuickConfigurator({s("eth0")}, path());
+        constexpr int second = 1000; // the table's own, to lay itself out, are of no time
+        const QSet<int> before = runningTimers(second);
+        const EthernetWidget page(configurator, nullptr);
+        QCOMPARE(runningTimers(second), before);
     }
 
     void theFormIsAsGiven()

@@ -1,4 +1,5 @@
 #include "fakesudo.h"
+#include "interfaceshead.h"
 #include "quickconfigurator.h"
 
 #include <QDir>
@@ -13,15 +14,6 @@ QString s(const char *text)
 }
 
 const InterfaceSettings dhcp;
-
-const QByteArray header = "# This file describes the network interfaces available on your system\n"
-                          "# and how to activate them. For more information, see interfaces(5).\n"
-                          "\n"
-                          "# The loopback network interface\n"
-                          "auto lo\n"
-                          "iface lo inet loopback\n"
-                          "\n"
-                          "#Network interfaces\n";
 
 QString writtenFile()
 {
@@ -59,7 +51,7 @@ private slots:
     void writes_data()
     {
         QTest::addColumn<SettingsMap>("settings");
-        QTest::addColumn<QByteArray>("expected"); // after the header
+        QTest::addColumn<QByteArray>("expected"); // after the head
         const auto row
             = [](const char *situation, const SettingsMap &settings, const QByteArray &expected) {
                   QTest::newRow(situation) << settings << expected;
@@ -116,7 +108,7 @@ private slots:
     {
         QFETCH(SettingsMap, settings);
         QFETCH(QByteArray, expected);
-        QCOMPARE(write(settings), header + expected);
+        QCOMPARE(write(settings), interfacesHead + expected);
     }
 
     void namesThatAreNoPlainWordAreLeftOut_data()
@@ -141,7 +133,7 @@ private slots:
     {
         QFETCH(QString, name);
         QTest::ignoreMessage(QtWarningMsg, QRegularExpression(s("^Not written, for its name:")));
-        QCOMPARE(write({{name, dhcp}}), header);
+        QCOMPARE(write({{name, dhcp}}), interfacesHead);
     }
 
     void theOrderIsTheMaps()
@@ -149,7 +141,7 @@ private slots:
         SettingsMap settings;
         for (int i = 0; i < 20; ++i)
             settings.insert(s("eth%1").arg(i), dhcp);
-        QByteArray expected = header;
+        QByteArray expected = interfacesHead;
         for (auto it = settings.cbegin(); it != settings.cend(); ++it) {
             const QByteArray name = it.key().toUtf8();
             expected += "\nauto " + name + "\nallow-hotplug " + name + "\niface " + name
@@ -161,7 +153,7 @@ private slots:
     void aLongerFileOfBeforeLeavesNothing()
     {
         write({{s("eth0"), dhcp}, {s("eth1"), staticSettings(s("10.0.0.1"))}});
-        QCOMPARE(write({}), header);
+        QCOMPARE(write({}), interfacesHead);
     }
 
     void whatWasWrittenIsReadBack_data() { settingMaps(); }

@@ -1,5 +1,6 @@
 #include "networks.h"
 
+#include "interfaceshead.h"
 #include "kernelview.h"
 #include "networkview.h"
 #include "window.h"
@@ -22,17 +23,6 @@ const QString kBefore = QStringLiteral("eth0"); // in use when the terminal come
 const QString kInterface = QStringLiteral("eth1");
 const QString kFile = QStringLiteral("/etc/network/interfaces");
 const QString kNameServers = QStringLiteral("/etc/resolv.conf");
-
-// What the tool writes above the interfaces.
-const QByteArray kHead = "# This file describes the network interfaces available on your system\n"
-                         "# and how to activate them. For more information, see interfaces(5).\n"
-                         "\n"
-                         "# The loopback network interface\n"
-                         "auto lo\n"
-                         "iface lo inet loopback\n"
-                         "\n"
-                         "#Network interfaces\n"
-                         "\n";
 
 // Addresses that the DHCP server gives out.
 const QRegularExpression kGivenOut(QStringLiteral("^192\\.168\\.0\\.1[0-9][0-9]$"));
@@ -107,8 +97,8 @@ void Networks::setsAnAddress()
                 && kernelview::defaultRoute() == kInterface
                 && kernelview::addressOf(kBefore).isEmpty();
         });
-    fileReads(kHead
-        + "auto eth1\nallow-hotplug eth1\niface eth1 inet static\n\taddress 10.20.30.40\n"
+    fileReads(interfacesHead
+        + "\nauto eth1\nallow-hotplug eth1\niface eth1 inet static\n\taddress 10.20.30.40\n"
           "\tnetmask 255.255.255.0\n\tgateway 10.20.30.1\n"
           "\tdns-nameservers 10.20.30.53 10.20.30.54\n");
     // The first interface's DHCP client has not been told to end, and its server is still named.
@@ -178,7 +168,7 @@ void Networks::goesBackToDhcp()
             && !log().contains(QLatin1String("failed"));
     });
     picture(QStringLiteral("dhcp-applied"));
-    fileReads(kHead + "auto eth1\nallow-hotplug eth1\niface eth1 inet dhcp\n");
+    fileReads(interfacesHead + "\nauto eth1\nallow-hotplug eth1\niface eth1 inet dhcp\n");
     mustShow(QStringLiteral("the router is the system's one name server"),
         [] { return nameServers(contents(kNameServers)) == QList<QByteArray>{"192.168.0.1"}; });
     answers(QStringLiteral("192.168.0.1"), given());

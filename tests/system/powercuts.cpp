@@ -2,6 +2,7 @@
 
 #include "busnames.h"
 #include "clientsettings.h"
+#include "interfaceshead.h"
 #include "kernelview.h"
 #include "modeminfo.h"
 #include "modemsettings.h"
@@ -52,24 +53,16 @@ QString nameServers(int number)
 
 QByteArray interfacesFile(int number)
 {
-    return QStringLiteral("# This file describes the network interfaces available on your system\n"
-                          "# and how to activate them. For more information, see interfaces(5).\n"
-                          "\n"
-                          "# The loopback network interface\n"
-                          "auto lo\n"
-                          "iface lo inet loopback\n"
-                          "\n"
-                          "#Network interfaces\n"
-                          "\n"
-                          "auto %1\n"
-                          "allow-hotplug %1\n"
-                          "iface %1 inet static\n"
-                          "\taddress %2\n"
-                          "\tnetmask 255.255.255.0\n"
-                          "\tgateway 10.20.30.1\n"
-                          "\tdns-nameservers %3\n")
-        .arg(kInterface, address(number), nameServers(number))
-        .toUtf8();
+    return interfacesHead
+        + QStringLiteral("\nauto %1\n"
+                         "allow-hotplug %1\n"
+                         "iface %1 inet static\n"
+                         "\taddress %2\n"
+                         "\tnetmask 255.255.255.0\n"
+                         "\tgateway 10.20.30.1\n"
+                         "\tdns-nameservers %3\n")
+              .arg(kInterface, address(number), nameServers(number))
+              .toUtf8();
 }
 
 // What stands at the end of a text that a number tells apart.

@@ -13,6 +13,7 @@
 #include "connectionquery.h"
 #include "loggermanager.h"
 #include "privatebus.h"
+#include "runningtimers.h"
 #include "servicescontroller.h"
 
 #include <QApplication>
@@ -150,6 +151,14 @@ private slots:
         QVERIFY(page.log()->y() > page.modems()->y());
         QVERIFY(page.button()->isEnabled());
         QCOMPARE(page.driver()->parent(), &page);
+    }
+
+    void untouchedPageRunsNoTimer()
+    {
+        constexpr int second = 1000; // those of Qt's widgets, to lay themselves out, are of no time
+        const QSet<int> before = runningTimers(second);
+        const ModemAckWidget page;
+        QCOMPARE(runningTimers(second), before);
     }
 
     void connectionsAreListedInTheirOrderAtEveryShow()
