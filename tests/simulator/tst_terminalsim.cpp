@@ -48,6 +48,11 @@ Outcome runAsUser(const QStringList &arguments)
     // The tree may lie where only its owner may go (/root): the user gets copies, laid out alike.
     const QTemporaryDir box(QStringLiteral("/tmp/terminalsim.XXXXXX"));
     QFile::setPermissions(box.path(), QFile::Permissions(0x7755));
+    // A build that counts what it reaches (libgcov) writes its counts where only its owner may.
+    const QTemporaryDir counts(QStringLiteral("/tmp/terminalsim.XXXXXX"));
+    QFile::setPermissions(counts.path(), QFile::Permissions(0x7777));
+    auto environment = QProcessEnvironment::systemEnvironment();
+    environment.insert(QStringLiteral("GCOV_PREFIX"), counts.path());
     const QDir programs(box.filePath(QStringLiteral("build/bin")));
     programs.mkpath(QStringLiteral("."));
     const QDir own = QFileInfo(kProgram).dir();
@@ -56,6 +61,7 @@ Outcome runAsUser(const QStringList &arguments)
     QProcess::execute(QStringLiteral("cp"),
         {QStringLiteral("-r"), own.filePath(QStringLiteral("../../ifupdown")), box.path()});
     QProcess process;
+    process.setProcessEnvironment(environment);
     process.setWorkingDirectory(QStringLiteral("/"));
     process.start(QStringLiteral("setpriv"),
         QStringList{QStringLiteral("--reuid=65534"), QStringLiteral("--regid=65534"),
