@@ -6,6 +6,7 @@
 #include "wvdial.h"
 
 #include "initconfig.h"
+#include "signalnotifier.h"
 
 #include <QRegularExpression>
 #include <QSignalSpy>
@@ -94,6 +95,25 @@ private slots:
         QCOMPARE(process->processChannelMode(), QProcess::SeparateChannels);
         QCOMPARE(process->processEnvironment(), QProcessEnvironment::systemEnvironment());
         QCOMPARE(process->workingDirectory(), InitConfig().workDir());
+    }
+
+    // A dialer that is told to end while it starts tries the modem first, ten seconds long.
+    void noDialerIsStartedOnceTheProgramIsToldToEnd()
+    {
+        const FakeDialer dialer;
+        configure(gsm1);
+        Dial dial(dialer.program());
+        {
+            const SignalNotifier notifier;
+            ::raise(SIGTERM); // while the modem is reset
+            dial.wvdial.start(gsm1);
+        }
+        std::make_unique<SignalNotifier>().reset(); // forgets it
+        QVERIFY(!dial.wvdial.isDialling());
+        QVERIFY(dial.notStarted.wait());
+        QVERIFY(dialer.arguments().isEmpty());
+        QCOMPARE(dial.log.lines.last(),
+            QStringLiteral("debug: The program is to end: the dialer is not started"));
     }
 
     void debugMessagesOfTheDialAreTurnedOn()

@@ -2,6 +2,7 @@
 
 #include "modemreset.h"
 #include "modemsenvs.h"
+#include "signalnotifier.h"
 #include "testmodemscfg.h"
 
 #include <cstdlib>
@@ -137,6 +138,12 @@ void Wvdial::startWvDial(const QString &name)
     }
     qCDebug(DIALUP).noquote() << name;
     ModemReset::run(modems.value(name), this, logStep);
+    // The end of the program would wait for a dialer that is told to end while it starts: it asks
+    // the modem first, for ten seconds when that is silent.
+    if (*SignalNotifier::flag()) {
+        qCDebug(DIALUP, "The program is to end: the dialer is not started");
+        return notStarted();
+    }
 
     QStringList arguments{name};
     if (!TestModemsCfg::hasConfig()) {
