@@ -23,13 +23,14 @@
 
 namespace {
 
-constexpr int kLong = 20000; // ms
+constexpr int kLong = 30000; // ms
 // A slow service takes 5 s: it is told to start and not waited for. Of the rest a hung modem is
 // broken off in a tenth of a second, and a dialer hangs up in one or two.
 constexpr int kLongestEnd = 4500;
 // That the display has gone is found out when the event loop comes round, which it does not while
-// two resets wait for a hung modem.
-constexpr int kLongestEndWithoutDisplay = 15000;
+// two resets wait for a hung modem, 3 s each. By then the dialer is on its way up: told to end, it
+// asks the modem first, for 10 s.
+constexpr int kLongestEndWithoutDisplay = 22000;
 
 const QString kWindow = QStringLiteral("Tav test dialer");
 const QString gsm1 = QStringLiteral("gsm1");
