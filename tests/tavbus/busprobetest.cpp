@@ -15,7 +15,7 @@ using namespace std::chrono_literals;
 
 namespace {
 
-// Says one word to the one who connects, as a bus says "OK".
+// Says one word to the one who asks, as a bus says "OK".
 class Listener
 {
     Q_DISABLE_COPY_MOVE(Listener)
@@ -36,6 +36,9 @@ public:
             const int caller = ::accept(m_descriptor, nullptr, nullptr);
             if (caller < 0)
                 return;
+            // Who hangs up before all is said is not heard.
+            char byte = 0;
+            while (::recv(caller, &byte, 1, 0) == 1 && byte != '\n') { }
             ::send(caller, "OK\r\n", 4, MSG_NOSIGNAL);
             ::close(caller);
         });
