@@ -236,6 +236,10 @@ bool EthernetConfigurator::write(
     QFile file(path);
     if (!file.open(QIODevice::WriteOnly))
         return false;
+    // In a directory that a group shares, the next to apply may be another user of the group. Of
+    // another user's file this changes nothing.
+    if (QFileInfo(QFileInfo(path).path()).permission(QFile::WriteGroup))
+        file.setPermissions(file.permissions() | QFile::ReadGroup | QFile::WriteGroup);
     const QByteArray text = interfacesfile::text(settings);
     // A file cut short, as by a full disk, must not replace the good one.
     if (file.write(text) == text.size() && file.flush())

@@ -6,6 +6,8 @@
 #include <QSignalSpy>
 #include <QtTest>
 
+#include <sys/stat.h>
+
 namespace {
 
 QString s(const char *text)
@@ -366,6 +368,34 @@ private slots:
         QCOMPARE(sudo.calls(), (QStringList{s("[ifconfig][eth0][down]"), copy, restart}));
     }
 
+    // The next to apply may be another user of the group, who could not write to it and would see
+    // nothing happen.
+    void theTemporaryFileIsAsOpenToTheGroupAsItsDirectory_data()
+    {
+        QTest::addColumn<mode_t>("directoryMode");
+        QTest::addColumn<mode_t>("fileMode");
+        QTest::newRow("directory of a group's") << mode_t(02770) << mode_t(0664);
+        QTest::newRow("directory of one user's") << mode_t(0700) << mode_t(0644);
+    }
+
+    void theTemporaryFileIsAsOpenToTheGroupAsItsDirectory()
+    {
+        QFETCH(mode_t, directoryMode);
+        const QTemporaryDir box;
+        QVERIFY(::chmod(QFile::encodeName(box.path()).constData(), directoryMode) == 0);
+        const TempPath temp(box.path());
+        const FakeSudo sudo;
+        QuickConfigurator configurator({}, s("/target"));
+        const mode_t before = ::umask(S_IWGRP | S_IWOTH);
+        configurator.applySettings({});
+        ::umask(before);
+        waitForEnd(configurator, sudo);
+        struct stat status = {};
+        const QByteArray file = QFile::encodeName(box.filePath(s("interfaces.tmp")));
+        QVERIFY(::stat(file.constData(), &status) == 0);
+        QTEST(status.st_mode & ACCESSPERMS, "fileMode");
+    }
+
     void aFullDiskRunsNothing()
     {
         QTemporaryDir box;
@@ -455,10 +485,11 @@ private slots:
     // The program ends in the middle: a terminal without its network would be out of reach.
     void whatWasBegunIsFinishedWithoutPauses()
     {
-        const FakeSudo sudo("sleep 0.05");
+        const FakeSudo sudo(untilLetGo);
         QuickConfigurator configurator({s("eth0")}, s("/target"));
         configurator.applySettings({});
         QTRY_COMPARE(sudo.calls().size(), 1);
+        letGo(sudo);
         configurator.pause = std::chrono::hours(1); // would hang
         configurator.finishApplying();
         const QStringList all{s("[ifconfig][eth0][down]"), copyCall(s("/target")), restart};
