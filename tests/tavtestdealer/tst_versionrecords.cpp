@@ -10,6 +10,7 @@
 #include <QTest>
 
 #include <initializer_list>
+#include <sys/stat.h>
 #include <vector>
 
 namespace {
@@ -92,6 +93,29 @@ private slots:
             QStringLiteral("x"), QStringLiteral("1"), QString(), QString()));
         const QByteArray expected = R"({"application":"x","build":"","exepath":"","version":"1"})";
         QCOMPARE(read(QStringLiteral("x")), expected);
+    }
+
+    // The next to start a program, perhaps a newer one, may be another user of the group.
+    void recordIsAsOpenToTheGroupAsItsDirectory_data()
+    {
+        QTest::addColumn<mode_t>("directoryMode");
+        QTest::addColumn<mode_t>("fileMode");
+        QTest::newRow("directory of a group's") << mode_t(02775) << mode_t(0664);
+        QTest::newRow("directory of one user's") << mode_t(0755) << mode_t(0644);
+    }
+
+    void recordIsAsOpenToTheGroupAsItsDirectory()
+    {
+        QFETCH(const mode_t, directoryMode);
+        QVERIFY(::chmod(QFile::encodeName(directory()).constData(), directoryMode) == 0);
+        const mode_t before = ::umask(S_IWGRP | S_IWOTH);
+        const bool isSaved = VersionManager::saveQtVersion();
+        ::umask(before);
+        QVERIFY(isSaved);
+        struct stat status = {};
+        const QByteArray file = QFile::encodeName(recordFile(QStringLiteral("Qt")));
+        QVERIFY(::stat(file.constData(), &status) == 0);
+        QTEST(status.st_mode & ACCESSPERMS, "fileMode");
     }
 
     void missingDirectoryIsNotMade()

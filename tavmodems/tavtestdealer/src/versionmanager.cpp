@@ -73,6 +73,10 @@ bool VersionManager::saveAppVersion(const QString &application, const QString &v
     QFile file(recordPath(application));
     if (!file.open(QIODevice::WriteOnly | QIODevice::Truncate))
         return false;
+    // In a directory that a group shares, the next to write it, perhaps for a newer program, may be
+    // another user of the group. Of another user's file this changes nothing.
+    if (QFileInfo(InitConfig().versionsPath()).permission(QFile::WriteGroup))
+        file.setPermissions(file.permissions() | QFile::ReadGroup | QFile::WriteGroup);
     file.write(QJsonDocument(record).toJson(QJsonDocument::Compact));
     return true;
 }
