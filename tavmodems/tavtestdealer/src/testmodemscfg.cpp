@@ -230,13 +230,14 @@ void TestModemsCfg::setModems(const QMap<QString, ModemInfo> &modems)
     QFile file(configPath());
     const QMutexLocker locker(&_configMutex);
     m_lastError.clear();
-    if (!file.open(QIODevice::WriteOnly | QIODevice::Truncate)) {
+    // Unbuffered: what the disk did not take would stand in the way of emptying the file below.
+    if (!file.open(QIODevice::WriteOnly | QIODevice::Truncate | QIODevice::Unbuffered)) {
         m_lastError = file.errorString();
         return;
     }
     // The next one to dial may be another user. Of another user's file this changes nothing.
     file.setPermissions(kForTheGroup);
-    if (file.write(out.text()) != out.text().size() || !file.flush()) {
+    if (file.write(out.text()) != out.text().size()) {
         m_lastError = file.errorString();
         // Half a record could be dialled with.
         file.resize(0);
