@@ -352,6 +352,7 @@ void ServicesController::checkServicesStarted()
         return;
     }
     qCDebug(GUILOGGER, "Services are started");
+    m_told = {};
     m_held = {};
     emit started();
 }

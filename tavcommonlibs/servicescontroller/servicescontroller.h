@@ -70,9 +70,11 @@ public:
     bool acceptorsServiceIsStarted();
 
     /// Tells the services that this has stopped and not seen running since to start again, whatever
-    /// their states, but for those that were just told to and have time left to come up. Waits for
-    /// none of them; a command that does not get through is in the log. The sequence under way ends
-    /// without its signal. For the end of a program whose event loop does not go on.
+    /// their states, but for those that were just told to and have time left to come up. After
+    /// startServices() one without a usable state counts as running; after startModemsService() it
+    /// does not. Waits for none of them; a command that does not get through is in the log. The
+    /// sequence under way ends without its signal. For the end of a program whose event loop does
+    /// not go on.
     void giveServicesBack();
 
 public slots:
@@ -117,7 +119,7 @@ private:
     bool waitIsOver() const;
 
     Services m_services; // those that the last stop affected
-    Services m_held; // those of them that have not been seen running since
+    Services m_held; // those of them that are not known to run again
     Services m_told; // those that were told to start and are waited for
     bool m_isOver = false; // they were given back
     QPointer<tavbus::TavBusQueryHandler> m_handler; // child of this

@@ -2,6 +2,7 @@
 #include "guilog.h"
 #include "privatebus.h"
 #include "quickcontroller.h"
+#include "sentcommands.h"
 
 #include <QElapsedTimer>
 #include <QtTest>
@@ -13,6 +14,11 @@ using namespace tavbus;
 namespace {
 
 using Flag = ServicesController::EService;
+
+const auto kStartModems = QStringLiteral("tavmodems restart");
+const QStringList kStartAll = {QStringLiteral("terminalgui runTouch"), kStartModems,
+    QStringLiteral("watchdogs restart"), QStringLiteral("printservice restart"),
+    QStringLiteral("acceptors enable thread_id=int32 -1")};
 
 PrivateBus::Options brokerless()
 {
@@ -74,64 +80,64 @@ private slots:
     {
         const PrivateBus bus;
         FakeTerminal terminal;
+        terminal.publishRunning();
+        SentCommands sent(bus.address());
         QuickController controller;
         QSignalSpy stopped(&controller, &ServicesController::stopped);
-        QSignalSpy started(&controller, &ServicesController::started);
+        const QSignalSpy started(&controller, &ServicesController::started);
         controller.stopServices();
         QVERIFY(stopped.wait());
+        sent.take();
         controller.giveServicesBack();
-        QTRY_COMPARE(terminal.modems.commands().last(), QStringLiteral("restart"));
-        QTRY_COMPARE(terminal.watchdogs.commands().last(), QStringLiteral("restart"));
-        QTRY_COMPARE(terminal.printers.commands().last(), QStringLiteral("restart"));
-        QTRY_COMPARE(terminal.acceptors.commands().last(), QStringLiteral("enable"));
-        QTRY_COMPARE(terminal.gui.commands(), QStringList(QStringLiteral("runTouch")));
+        QCOMPARE(sent.take(), kStartAll);
         QCOMPARE(started.count(), 0);
+        controller.giveServicesBack(); // as a second signal may tell it to
+        QCOMPARE(sent.take(), QStringList());
     }
 
     void aServiceThatWasToldToStartIsNotToldAgain()
     {
         const PrivateBus bus;
         FakeTerminal terminal;
+        terminal.publishRunning();
+        SentCommands sent(bus.address());
         QuickController controller;
         QSignalSpy modemsStopped(&controller, &ServicesController::modemsServiceStopped);
         controller.stopModemsService();
         QVERIFY(modemsStopped.wait());
         controller.startModemsService();
         controller.giveServicesBack(); // before it can be seen running
+        QCOMPARE(sent.take(), QStringList({QStringLiteral("tavmodems stop"), kStartModems}));
 
         QuickController second;
         QSignalSpy stopped(&second, &ServicesController::stopped);
-        QTRY_COMPARE(terminal.modems.commands(),
-            QStringList({QStringLiteral("stop"), QStringLiteral("restart")}));
+        QTRY_VERIFY(second.modemsServiceIsStarted());
         second.stopServices();
         QVERIFY(stopped.wait());
+        sent.take();
         second.startServices();
         second.giveServicesBack();
-        QTRY_COMPARE(terminal.acceptors.commands().last(), QStringLiteral("enable"));
-        QTRY_COMPARE(terminal.gui.commands(), QStringList(QStringLiteral("runTouch")));
-        QCOMPARE(terminal.modems.commands().count(QStringLiteral("restart")), 2);
-        for (const FakeService *service : {&terminal.watchdogs, &terminal.printers})
-            QCOMPARE(service->commands().count(QStringLiteral("restart")), 1);
-        QCOMPARE(terminal.acceptors.commands().count(QStringLiteral("enable")), 1);
+        QCOMPARE(sent.take(), kStartAll);
     }
 
     void aServiceThatDidNotComeUpInTimeIsToldAgain()
     {
         const PrivateBus bus;
         FakeTerminal terminal;
+        terminal.makeDeaf();
+        terminal.publishStopped();
+        SentCommands sent(bus.address());
         QuickController controller;
         controller.wait = 300;
         QSignalSpy stopped(&controller, &ServicesController::stopped);
         QSignalSpy started(&controller, &ServicesController::started);
         controller.stopServices();
         QVERIFY(stopped.wait());
-        terminal.makeDeaf();
         controller.startServices();
         QVERIFY(started.wait());
+        sent.take();
         controller.giveServicesBack();
-        for (FakeService *service : {&terminal.modems, &terminal.watchdogs, &terminal.printers})
-            QTRY_COMPARE(service->commands().count(QStringLiteral("restart")), 2);
-        QTRY_COMPARE(terminal.acceptors.commands().count(QStringLiteral("enable")), 2);
+        QCOMPARE(sent.take(), kStartAll.mid(1)); // the touch screen has no state to wait for
 
         QuickController second;
         second.wait = 300;
@@ -139,8 +145,9 @@ private slots:
         second.stopModemsService();
         second.startModemsService();
         QVERIFY(modemsStarted.wait());
+        sent.take();
         second.giveServicesBack();
-        QTRY_COMPARE(terminal.modems.commands().count(QStringLiteral("restart")), 4);
+        QCOMPARE(sent.take(), QStringList(kStartModems));
     }
 
     void servicesAreGivenBackInTheMiddleOfAStop()
@@ -163,16 +170,29 @@ private slots:
     {
         const PrivateBus bus;
         FakeTerminal terminal;
+        terminal.publishRunning();
+        SentCommands sent(bus.address());
         QuickController().giveServicesBack(); // nothing was stopped
+        QCOMPARE(sent.take(), QStringList());
+
         QuickController second;
-        QSignalSpy secondStarted(&second, &ServicesController::modemsServiceStarted);
+        QSignalSpy modemsStarted(&second, &ServicesController::modemsServiceStarted);
         connect(&second, &ServicesController::modemsServiceStopped, &second,
             &ServicesController::startModemsService);
         second.stopModemsService();
-        QVERIFY(secondStarted.wait());
+        QVERIFY(modemsStarted.wait());
+        sent.take();
         second.giveServicesBack(); // it was seen running
-        QCOMPARE(terminal.modems.commands(),
-            QStringList({QStringLiteral("stop"), QStringLiteral("restart")}));
+        QCOMPARE(sent.take(), QStringList());
+
+        QuickController third;
+        QSignalSpy started(&third, &ServicesController::started);
+        connect(&third, &ServicesController::stopped, &third, &ServicesController::startServices);
+        third.stopServices();
+        QVERIFY(started.wait());
+        sent.take();
+        third.giveServicesBack();
+        QCOMPARE(sent.take(), QStringList());
     }
 
     void withNoClientEverySequenceEndsAtOnce()
