@@ -26,8 +26,12 @@ void catchSignals()
 {
     struct sigaction action = {};
     action.sa_handler = endWork;
-    for (const int number : {SIGINT, SIGTERM, SIGHUP})
-        ::sigaction(number, &action, nullptr);
+    for (const int number : {SIGINT, SIGTERM, SIGHUP}) {
+        struct sigaction former = {};
+        // One that is ignored from the start (nohup, a background job) stays so.
+        if (::sigaction(number, nullptr, &former) == 0 && former.sa_handler != SIG_IGN)
+            ::sigaction(number, &action, nullptr);
+    }
     ::signal(SIGPIPE, SIG_IGN); // writing fails then, and is told
 }
 

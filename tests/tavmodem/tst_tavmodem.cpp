@@ -55,6 +55,8 @@ private slots:
     void endsCleanlyWhenTold_data();
     void endsCleanlyWhenTold();
     void endsASearchWhenTold();
+    void goesOnWhenTheSignalIsIgnored_data();
+    void goesOnWhenTheSignalIsIgnored();
     void doesNotSteerTheTerminal();
     void saysWhenItCannotWrite();
     void keepsMessagesThatItCannotWrite_data();
@@ -113,22 +115,22 @@ Ended runOn(const QString &port, const QStringList &arguments)
     return run(QStringList({QStringLiteral("--port"), port}) + arguments);
 }
 
-using Output = std::function<void()>;
+using Preparation = std::function<void()>;
 
-// Its standard output is made by a function that runs in the child.
-class WritingElsewhere : public QProcess
+// A function runs in the child before the program does.
+class PreparedProcess : public QProcess
 {
 public:
-    explicit WritingElsewhere(Output output)
-        : m_output(std::move(output))
+    explicit PreparedProcess(Preparation preparation)
+        : m_preparation(std::move(preparation))
     {
     }
 
 protected:
-    void setupChildProcess() override { m_output(); }
+    void setupChildProcess() override { m_preparation(); }
 
 private:
-    const Output m_output;
+    const Preparation m_preparation;
 };
 
 QStringList words(const char *text)
@@ -185,7 +187,7 @@ QStringList lockFiles()
 
 } // namespace
 
-Q_DECLARE_METATYPE(Output)
+Q_DECLARE_METATYPE(Preparation)
 
 void TestTavmodem::answersInJson_data()
 {
@@ -656,7 +658,7 @@ void TestTavmodem::endsCleanlyWhenTold()
     FullModem modem;
     modem.answers["AT+CUSD=1,\"AA180C3602\",15"] = ScriptedModem::ok();
     modem.start();
-    QProcess process;
+    PreparedProcess process([signal] { std::signal(signal, SIG_DFL); });
     prepare(process,
         {QStringLiteral("--port"), modem.path(), QStringLiteral("ussd"), QStringLiteral("*100#")});
     process.start();
@@ -684,7 +686,7 @@ void TestTavmodem::endsASearchWhenTold()
     ScriptedModem modem;
     modem.silent = true;
     modem.start();
-    QProcess process;
+    PreparedProcess process([] { std::signal(SIGINT, SIG_DFL); });
     prepare(process, {QStringLiteral("--port"), modem.path(), QStringLiteral("list")});
     process.start();
     QTRY_VERIFY(!lockFiles().isEmpty());
@@ -694,6 +696,29 @@ void TestTavmodem::endsASearchWhenTold()
     QCOMPARE(ended.status, 128 + SIGINT);
     QCOMPARE(ended.error, QByteArray());
     QCOMPARE(lockFiles(), QStringList());
+}
+
+void TestTavmodem::goesOnWhenTheSignalIsIgnored_data()
+{
+    endsCleanlyWhenTold_data();
+}
+
+// As nohup has it, and a shell script for what it runs in the background.
+void TestTavmodem::goesOnWhenTheSignalIsIgnored()
+{
+    QFETCH(int, signal);
+    ScriptedModem modem;
+    modem.silent = true;
+    modem.start();
+    PreparedProcess process([signal] { std::signal(signal, SIG_IGN); });
+    prepare(process, {QStringLiteral("--port"), modem.path(), QStringLiteral("list")});
+    process.start();
+    QTRY_VERIFY(!lockFiles().isEmpty());
+    ::kill(static_cast<pid_t>(process.processId()), signal);
+    Ended ended;
+    QVERIFY(finish(process, ended));
+    QCOMPARE(ended.status, 4);
+    QVERIFY2(isOneLine(ended), ended.error.constData());
 }
 
 // An operator's text, or who pretends to be one, must not write to the technician's screen.
@@ -729,10 +754,10 @@ void TestTavmodem::saysWhenItCannotWrite()
 
 void TestTavmodem::keepsMessagesThatItCannotWrite_data()
 {
-    QTest::addColumn<Output>("output");
-    QTest::newRow("full disk") << Output([] { ::dup2(::open("/dev/full", O_WRONLY), 1); });
-    QTest::newRow("closed") << Output([] { ::close(1); });
-    QTest::newRow("nobody reads") << Output([] {
+    QTest::addColumn<Preparation>("output");
+    QTest::newRow("full disk") << Preparation([] { ::dup2(::open("/dev/full", O_WRONLY), 1); });
+    QTest::newRow("closed") << Preparation([] { ::close(1); });
+    QTest::newRow("nobody reads") << Preparation([] {
         int ends[2];
         if (::pipe(ends) == 0) {
             ::dup2(ends[1], 1);
@@ -743,11 +768,11 @@ void TestTavmodem::keepsMessagesThatItCannotWrite_data()
 
 void TestTavmodem::keepsMessagesThatItCannotWrite()
 {
-    QFETCH(Output, output);
+    QFETCH(Preparation, output);
     FullModem modem;
     modem.start();
     for (const char *form : {"sms --take", "--json sms --take"}) {
-        WritingElsewhere process(output);
+        PreparedProcess process(output);
         prepare(process, QStringList{QStringLiteral("--port"), modem.path()} + words(form));
         process.start();
         Ended ended;
