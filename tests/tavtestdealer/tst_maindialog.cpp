@@ -3,6 +3,7 @@
 #include "maindialog.h"
 #include "marktranslator.h"
 #include "modalbox.h"
+#include "modemackwidget.h"
 #include "modemswidget.h"
 #include "savedrecord.h"
 #include "storedmodems.h"
@@ -13,6 +14,7 @@
 
 #include "abstractworkerthread.h"
 #include "privatebus.h"
+#include "tavbusagent.h"
 #include "tavbusqueryhandler.h"
 
 #include <QButtonGroup>
@@ -427,6 +429,41 @@ private slots:
         QVERIFY(!dialog.isVisible());
         QVERIFY(!dialog.isEnabled());
         QCOMPARE(rejected.count(), 0); // not by the base class
+    }
+
+    void serviceThatMayStayStoppedIsToldAgain_data()
+    {
+        QTest::addColumn<bool>("isRefused");
+        QTest::newRow("closed without saving") << false;
+        QTest::newRow("save refused") << true;
+    }
+    void serviceThatMayStayStoppedIsToldAgain()
+    {
+        QFETCH(bool, isRefused);
+        tavbus::TavBusAgent service(tavbus::BUSNAME_TAVMODEMS); // does not tell how it is
+        QVERIFY(service.open());
+        QStringList commands;
+        connect(&service, &tavbus::TavBusAgent::commandReceived, this,
+            [&commands](const TavBusCommand &command) { commands << command.name(); });
+        MainDialog dialog;
+        dialog.show();
+        auto *const page = dialog.findChild<ModemAckWidget *>();
+        QSignalSpy finished(page, &ModemAckWidget::finished);
+        page->start();
+        QVERIFY(finished.wait(30000));
+        QCOMPARE(commands, QStringList(QStringLiteral("stop")));
+
+        QVector<ModalBoxes::Answer> answers{ModalBoxes::click(QMessageBox::No)};
+        if (isRefused)
+            answers = {[](QMessageBox *box) {
+                           storeModem(QString(1024 * 1024, QLatin1Char('x'))); // no broker takes it
+                           box->button(QMessageBox::Save)->click();
+                       },
+                ModalBoxes::click(QMessageBox::Ok)};
+        ModalBoxes boxes(answers);
+        QVERIFY(dialog.close());
+        QCOMPARE(boxes.shown.size(), answers.size());
+        QTRY_COMPARE(commands, QStringList({QStringLiteral("stop"), QStringLiteral("restart")}));
     }
 
     void deadBusLeavesOneAnswer_data()

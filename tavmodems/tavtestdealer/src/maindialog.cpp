@@ -151,6 +151,8 @@ void MainDialog::closeEvent(QCloseEvent *event)
         // The page has told the user when it could not; the window goes all the same.
         if (saveSettings())
             finishClosing(event);
+        else
+            ui->pageModems->endWork();
         break;
     case QMessageBox::No:
         finishClosing(event);
