@@ -9,6 +9,7 @@
 
 #include <QDeadlineTimer>
 #include <QIODevice>
+#include <QMetaEnum>
 
 #include <algorithm>
 
@@ -34,6 +35,12 @@ int remaining(const QDeadlineTimer &deadline)
 bool isControl(char c)
 {
     return (c >= 0 && c < 0x20) || c == 0x7f;
+}
+
+// QDebug would write the names of the types before it, which mean nothing to a technician.
+const char *nameOf(AtReply::Status status)
+{
+    return QMetaEnum::fromType<AtReply::Status>().valueToKey(static_cast<int>(status));
 }
 
 // A line end inside would make two commands of it, Ctrl-Z or Escape end a message text.
@@ -110,7 +117,7 @@ AtReply AtChannel::exchange(const QByteArray &bytes, const QByteArray &command,
         reply.status = status;
         m_outOfStep = reply.isLost();
         if (m_outOfStep)
-            qCDebug(AT_MODEM).noquote() << m_name << "no end of answer:" << reply.status;
+            qCDebug(AT_MODEM).noquote() << m_name << "no end of answer:" << nameOf(reply.status);
         return reply;
     };
 

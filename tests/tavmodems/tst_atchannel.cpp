@@ -112,6 +112,7 @@ private slots:
     void keepsSecretsOutOfTheLog_data();
     void keepsSecretsOutOfTheLog();
     void showsTrafficInTheLog();
+    void saysInTheLogWhyAnAnswerHasNoEnd();
     void doesNotFillTheLog();
     void survivesNoise();
 };
@@ -667,6 +668,14 @@ void TestAtChannel::showsTrafficInTheLog()
     Bench bench;
     bench.ask("AT+CPIN?", {"\r\n+CPIN: READY\r\n\r\nOK\r\n"});
     QCOMPARE(log.text(), QStringLiteral("test -> AT+CPIN?\ntest: +CPIN: READY\ntest: OK"));
+}
+
+void TestAtChannel::saysInTheLogWhyAnAnswerHasNoEnd()
+{
+    const LogOfTraffic log;
+    Bench bench;
+    bench.ask("AT", {});
+    QCOMPARE(log.text(), QStringLiteral("test -> AT\ntest no end of answer: Timeout"));
 }
 
 void TestAtChannel::doesNotFillTheLog()
