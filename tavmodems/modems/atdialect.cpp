@@ -12,8 +12,7 @@ const QList<AtDialect> &allDialects()
     // does no harm.
     static const QList<AtDialect> dialects{
         // USSD: E1550, E173 and their like want a code as packed septets, whatever +CSCS says;
-        // those
-        // set to plain characters by ^USSDMODE refuse that.
+        // those set to plain characters by ^USSDMODE refuse that.
         // ^CURC: periodic reports (^RSSI, ^MODE, ^DSFLOWRPT...). ^U2DIAG: 0 is the modem alone,
         // without the drive that holds a stick's software.
         {QStringLiteral("Huawei"), {QStringLiteral("huawei")}, QString(), {"AT^CURC=0"},

@@ -48,15 +48,15 @@ struct SmsPdu
  */
 std::optional<SmsPdu> decodeSmsPdu(const QByteArray &octets, int tpduLength, QString *error);
 
-/**
- * A message to send as AT+CMGS takes it in PDU mode (3GPP TS 27.005 4.3): the modem's own service
- * centre, then the TPDU, whose octets `tpduLength` counts. None when the recipient is no telephone
- * number or the text does not fit one message (160 characters of the 7-bit alphabet, 70 of UCS2).
- */
+/** A message to send as AT+CMGS takes it in PDU mode (3GPP TS 27.005 4.3). */
 struct SmsSubmit
 {
-    QByteArray octets;
-    int tpduLength = 0;
+    QByteArray octets; ///< the modem's own service centre, then the TPDU
+    int tpduLength = 0; ///< octets of the TPDU alone
 };
 
+/**
+ * None when the recipient is no telephone number, or the text does not fit one message (160
+ * characters of the 7-bit alphabet, 70 of UCS2).
+ */
 std::optional<SmsSubmit> encodeSmsSubmit(const QString &recipient, const QString &text);
