@@ -53,6 +53,18 @@ QString oneLine(QString text)
     return text;
 }
 
+// QFile tells the reason only of a write that takes nothing at all.
+bool writeAll(QFile &file, const QByteArray &bytes)
+{
+    for (qint64 written = 0; written < bytes.size();) {
+        const qint64 count = file.write(bytes.constData() + written, bytes.size() - written);
+        if (count <= 0)
+            return false;
+        written += count;
+    }
+    return true;
+}
+
 class SectionWriter
 {
 public:
@@ -237,7 +249,7 @@ void TestModemsCfg::setModems(const QMap<QString, ModemInfo> &modems)
     }
     // The next one to dial may be another user. Of another user's file this changes nothing.
     file.setPermissions(kForTheGroup);
-    if (file.write(out.text()) != out.text().size()) {
+    if (!writeAll(file, out.text())) {
         m_lastError = file.errorString();
         // Half a record could be dialled with.
         file.resize(0);
