@@ -472,13 +472,9 @@ private slots:
     {
         m_terminal->makeDeaf();
         m_terminal->publishRunning();
-        m_controller->wait = 600;
+        m_controller->wait = 1000;
         m_controller->stopServices(Flag::Printers);
-        const auto lastTime = [this] {
-            const auto warnings = timed(*m_log);
-            return warnings.isEmpty() ? -1 : warnings.last().second;
-        };
-        QTRY_VERIFY(lastTime() >= 300);
+        QTRY_VERIFY(!timed(*m_log).isEmpty() && timed(*m_log).last().second >= 100);
         QCOMPARE(m_stopped->count(), 0);
         QElapsedTimer sinceTheSecond;
         qint64 firstEnd = -1;
@@ -486,12 +482,11 @@ private slots:
             if (firstEnd < 0)
                 firstEnd = sinceTheSecond.elapsed();
         });
-        m_controller->stopServices(Flag::Printers);
         sinceTheSecond.start();
+        m_controller->stopServices(Flag::Printers);
         // The first sequence's time starts anew as well.
-        QTRY_VERIFY(lastTime() < 300);
         QTRY_COMPARE(m_stopped->count(), 2);
-        QVERIFY2(firstEnd >= 590, qPrintable(QString::number(firstEnd)));
+        QVERIFY2(firstEnd > 1000, qPrintable(QString::number(firstEnd)));
     }
 
     void overlappingSequencesBothEnd()
