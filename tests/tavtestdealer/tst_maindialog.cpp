@@ -1,5 +1,6 @@
 #include "dragout.h"
 #include "ethernetwidget.h"
+#include "fakesudo.h"
 #include "maindialog.h"
 #include "marktranslator.h"
 #include "modalbox.h"
@@ -250,6 +251,33 @@ private slots:
         QVERIFY(dialog.isEnabled());
         QVERIFY(isTesting(dialog));
         QVERIFY(!savedRecord(tavbus::BUSNAME_TESTDEALER));
+    }
+
+    // Half of it would leave the terminal without its network.
+    void networkSettingsAreAppliedToTheirEnd_data()
+    {
+        QTest::addColumn<bool>("saveFails");
+        QTest::newRow("closed with No") << false;
+        QTest::newRow("closed with a Save that fails") << true;
+    }
+    void networkSettingsAreAppliedToTheirEnd()
+    {
+        QFETCH(bool, saveFails);
+        const FakeSudo sudo;
+        MainDialog dialog;
+        dialog.show();
+        const auto save = [this](QMessageBox *box) {
+            m_bus->stop();
+            box->button(QMessageBox::Save)->click();
+        };
+        const ModalBoxes boxes({ModalBoxes::click(QMessageBox::Yes),
+            saveFails ? ModalBoxes::Answer(save) : ModalBoxes::click(QMessageBox::No),
+            ModalBoxes::click(QMessageBox::Ok)});
+        dialog.findChild<EthernetWidget *>()->apply();
+        QTRY_VERIFY(!sudo.calls().isEmpty());
+        dialog.close();
+        QVERIFY(!dialog.isVisible());
+        QCOMPARE(sudo.calls().last(), QStringLiteral("[service][networking][restart]"));
     }
 
     void everyWayOfClosingAsks_data()

@@ -88,8 +88,7 @@ void MainDialog::loadSettings()
 
 void MainDialog::endWork()
 {
-    ui->pageModems->endWork();
-    ui->pageEth->endWork();
+    endPages();
     m_testerThread->quit();
     m_testerThread->wait(kLongestTest);
     if (!sendSettings())
@@ -152,7 +151,7 @@ void MainDialog::closeEvent(QCloseEvent *event)
         if (saveSettings())
             finishClosing(event);
         else
-            ui->pageModems->endWork();
+            endPages();
         break;
     case QMessageBox::No:
         finishClosing(event);
@@ -182,10 +181,16 @@ bool MainDialog::sendSettings()
     return handler.open() && handler.saveSettings(settings);
 }
 
-void MainDialog::finishClosing(QCloseEvent *event)
+void MainDialog::endPages()
 {
     // What could not be told to start at the time, when the bus did not answer, may hear it now.
     ui->pageModems->endWork();
+    ui->pageEth->endWork();
+}
+
+void MainDialog::finishClosing(QCloseEvent *event)
+{
+    endPages();
     m_isConfirmed = true;
     QDialog::closeEvent(event);
 }

@@ -42,6 +42,7 @@ protected:
 private:
     void stopTester();
     bool sendSettings();
+    void endPages();
     void finishClosing(QCloseEvent *event);
     void stayOpen(QCloseEvent *event);
 
