@@ -241,8 +241,9 @@ bool EthernetConfigurator::write(
     if (QFileInfo(QFileInfo(path).path()).permission(QFile::WriteGroup))
         file.setPermissions(file.permissions() | QFile::ReadGroup | QFile::WriteGroup);
     const QByteArray text = interfacesfile::text(settings);
-    // A file cut short, as by a full disk, must not replace the good one.
-    if (file.write(text) == text.size() && file.flush())
+    // A file cut short, as by a full disk, must not replace the good one. A write that took a part
+    // does not know why; the next one does, or takes the rest.
+    if (file.write(text) == text.size() && (file.flush() || file.flush()))
         return true;
     qWarning() << file.fileName() << file.errorString();
     return false;

@@ -1,4 +1,5 @@
 #include "fakesudo.h"
+#include "fulldisk.h"
 #include "quickconfigurator.h"
 
 #include <QDir>
@@ -396,15 +397,23 @@ private slots:
         QTEST(status.st_mode & ACCESSPERMS, "fileMode");
     }
 
+    void aFullDiskRunsNothing_data()
+    {
+        QTest::addColumn<rlim_t>("room");
+        QTest::newRow("no room at all") << rlim_t(0);
+        QTest::newRow("room for a part") << rlim_t(100);
+    }
+
     void aFullDiskRunsNothing()
     {
-        QTemporaryDir box;
-        QVERIFY(QFile::link(s("/dev/full"), box.filePath(s("interfaces.tmp"))));
-        const TempPath temp(box.path());
+        QFETCH(rlim_t, room);
         const FakeSudo sudo;
         QuickConfigurator configurator({s("eth0")}, s("/target"));
-        QTest::ignoreMessage(QtWarningMsg, QRegularExpression(s("interfaces.tmp.*No space left")));
-        configurator.applySettings({{s("eth0"), InterfaceSettings()}});
+        QTest::ignoreMessage(QtWarningMsg, QRegularExpression(s("interfaces.tmp.*File too large")));
+        {
+            const FullDisk disk(room);
+            configurator.applySettings({{s("eth0"), InterfaceSettings()}});
+        }
         configurator.startProcessing();
         QCOMPARE(process(configurator)->state(), QProcess::NotRunning);
         QVERIFY(sudo.calls().isEmpty());
