@@ -14,10 +14,10 @@
 #include <QDir>
 #include <QFile>
 #include <QMessageBox>
-#include <QMutex>
 #include <QToolButton>
 
 #include <memory>
+#include <mutex>
 
 // Every fault at every step of every operation, with the real window, dialer and broker in the
 // simulated terminal. A test function an operation, or a step of one that takes long; a row a cell.
@@ -44,14 +44,14 @@ struct LogLine
     QString text;
 };
 
-QMutex logMutex;
+std::mutex logMutex; // not Qt's, whose waiting the thread sanitizer does not see
 QVector<LogLine> logLines;
 
 void keepLine(QtMsgType type, const QMessageLogContext &context, const QString &text)
 {
     if (type == QtFatalMsg)
         std::fprintf(stderr, "%s\n", qPrintable(text));
-    const QMutexLocker locker(&logMutex);
+    const std::lock_guard<std::mutex> lock(logMutex);
     logLines.append({type, QString::fromUtf8(context.category), text});
 }
 
@@ -151,7 +151,7 @@ private slots:
         m_terminal->restore();
         QTRY_VERIFY(QFile::exists(QStringLiteral("/dev/ttyUSB0")));
         {
-            const QMutexLocker locker(&logMutex);
+            const std::lock_guard<std::mutex> lock(logMutex);
             logLines.clear();
         }
         m_dialog = std::make_unique<MainDialog>();
@@ -460,14 +460,14 @@ private:
 
     static bool logSaysWhy()
     {
-        const QMutexLocker locker(&logMutex);
+        const std::lock_guard<std::mutex> lock(logMutex);
         return std::any_of(logLines.cbegin(), logLines.cend(), [](const LogLine &line) {
             return line.type == QtWarningMsg && line.category == QLatin1String("guilogger");
         });
     }
     static QString logText()
     {
-        const QMutexLocker locker(&logMutex);
+        const std::lock_guard<std::mutex> lock(logMutex);
         QStringList lines;
         for (const LogLine &line : qAsConst(logLines))
             lines << QStringLiteral("%1 %2 %3").arg(line.type).arg(line.category, line.text);
