@@ -247,8 +247,8 @@ void ServicesController::stopServices(Services services)
         emit stopped();
         return;
     }
-    m_held = services;
-    m_told = {};
+    m_held |= services;
+    m_told &= ~services;
     // A command that reaches nobody ends nothing: the service may be on its way up.
     if (services.testFlag(Modems))
         sendTavBusCommand(BUSNAME_TAVMODEMS, kStop);
@@ -363,10 +363,11 @@ void ServicesController::stopModemsService()
 {
     // A stop like the others: without this the polling would not look at the modem service at all.
     m_services = Modems;
-    m_told = {};
-    if (ensureOpen())
-        m_held = Modems; // a broker that does not answer in time may do it later
-    if (!ensureOpen() || !sendTavBusCommand(BUSNAME_TAVMODEMS, kStop)) {
+    m_told.setFlag(Modems, false);
+    const bool isOpen = ensureOpen();
+    if (isOpen)
+        m_held.setFlag(Modems); // a broker that does not answer in time may do it later
+    if (!isOpen || !sendTavBusCommand(BUSNAME_TAVMODEMS, kStop)) {
         emit modemsServiceStopped();
         return;
     }
@@ -386,14 +387,14 @@ void ServicesController::startModemsService()
     const std::optional<bool> runs = modemsServiceRuns();
     if (!m_handler || runs.value_or(true)) {
         if (runs)
-            m_held = {};
-        else if (m_held)
+            m_held.setFlag(Modems, false);
+        else if (m_held.testFlag(Modems))
             qCWarning(GUILOGGER, "The modem service may stay stopped: its state is not known");
         emit modemsServiceStarted();
         return;
     }
     if (!ensureOpen() || !sendStart(Modems)) {
-        if (m_held)
+        if (m_held.testFlag(Modems))
             qCWarning(GUILOGGER, "The modem service was stopped and cannot be told to start");
         const QPointer<TavBusQueryHandler> handler = m_handler;
         emit modemsServiceStarted();
@@ -401,7 +402,7 @@ void ServicesController::startModemsService()
             handler->close();
         return;
     }
-    m_told = Modems;
+    m_told.setFlag(Modems);
     startWaiting(&ServicesController::checkModemsStarted);
 }
 
@@ -413,9 +414,9 @@ void ServicesController::checkModemsStarted()
         pollAgain(&ServicesController::checkModemsStarted);
         return;
     }
-    m_told = {};
+    m_told.setFlag(Modems, false);
     if (runs)
-        m_held = {};
+        m_held.setFlag(Modems, false);
     emit modemsServiceStarted();
 }
 

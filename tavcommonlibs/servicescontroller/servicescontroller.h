@@ -119,7 +119,7 @@ private:
     bool waitIsOver() const;
 
     Services m_services; // those that the last stop affected
-    Services m_held; // those of them that are not known to run again
+    Services m_held; // those that a stop affected and that are not known to run again
     Services m_told; // those that were told to start and are waited for
     bool m_isOver = false; // they were given back
     QPointer<tavbus::TavBusQueryHandler> m_handler; // child of this

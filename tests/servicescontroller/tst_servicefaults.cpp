@@ -150,6 +150,29 @@ private slots:
         QCOMPARE(sent.take(), QStringList(kStartModems));
     }
 
+    void aLaterStopOfAnotherServiceForgetsNone()
+    {
+        const PrivateBus bus;
+        FakeTerminal terminal;
+        terminal.publishRunning();
+        SentCommands sent(bus.address());
+        QuickController controller;
+        QSignalSpy stopped(&controller, &ServicesController::stopped);
+        QSignalSpy modemsStopped(&controller, &ServicesController::modemsServiceStopped);
+        QSignalSpy modemsStarted(&controller, &ServicesController::modemsServiceStarted);
+        controller.stopServices(Flag::TouchScreen | Flag::Watchdogs);
+        QVERIFY(stopped.wait());
+        controller.stopServices(Flag::Acceptors);
+        QVERIFY(stopped.wait());
+        controller.stopModemsService();
+        QVERIFY(modemsStopped.wait());
+        controller.startModemsService();
+        QVERIFY(modemsStarted.wait());
+        sent.take();
+        controller.giveServicesBack();
+        QCOMPARE(sent.take(), QStringList({kStartAll[0], kStartAll[2], kStartAll[4]}));
+    }
+
     void servicesAreGivenBackInTheMiddleOfAStop()
     {
         const PrivateBus bus;
