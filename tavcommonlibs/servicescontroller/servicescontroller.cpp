@@ -310,7 +310,6 @@ void ServicesController::startServices()
         else if (m_held.testFlag(service))
             qCWarning(GUILOGGER) << service << "was stopped and cannot be told to start";
     };
-    m_held.setFlag(TouchScreen, false); // it has no state to be seen by
     startUnless(&ServicesController::modemsServiceIsStarted, "Modems are stopped", Modems);
     startUnless(&ServicesController::watchdogsServiceIsStarted, "Watchdogs are stopped", Watchdogs);
     startUnless(&ServicesController::printersServiceIsStarted, "Printers are stopped", Printers);
@@ -320,7 +319,7 @@ void ServicesController::startServices()
         return;
     }
     qCDebug(GUILOGGER, "Services are started");
-    m_held = {};
+    m_held &= TouchScreen;
     const QPointer<TavBusQueryHandler> handler = m_handler; // goes with this, if a listener ends it
     emit started();
     if (handler)
@@ -353,7 +352,7 @@ void ServicesController::checkServicesStarted()
     }
     qCDebug(GUILOGGER, "Services are started");
     m_told = {};
-    m_held = {};
+    m_held &= TouchScreen;
     emit started();
 }
 
@@ -429,7 +428,9 @@ void ServicesController::stopTouch()
 
 void ServicesController::startTouch()
 {
-    sendStart(TouchScreen);
+    // It has no state to be seen by: that the command got through is all there is to know.
+    if (sendStart(TouchScreen))
+        m_held.setFlag(TouchScreen, false);
 }
 
 // --- The end of the program

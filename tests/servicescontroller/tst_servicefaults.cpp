@@ -150,6 +150,27 @@ private slots:
         QCOMPARE(sent.take(), QStringList(kStartModems));
     }
 
+    void aTouchScreenThatWasNotGivenBackIsTriedAgain()
+    {
+        const PrivateBus bus;
+        FakeTerminal terminal;
+        terminal.publishRunning();
+        SentCommands sent(bus.address());
+        QuickController controller;
+        QSignalSpy stopped(&controller, &ServicesController::stopped);
+        QSignalSpy started(&controller, &ServicesController::started);
+        terminal.gui.agent().close(); // starts anew, say
+        QTRY_VERIFY(!controller.sendTavBusCommand(BUSNAME_TERMINAL_GUI, QStringLiteral("probe")));
+        controller.stopServices();
+        QVERIFY(stopped.wait());
+        controller.startServices();
+        QVERIFY(started.wait());
+        QVERIFY(terminal.gui.agent().open());
+        sent.take();
+        controller.giveServicesBack();
+        QCOMPARE(sent.take(), QStringList(kStartAll.first()));
+    }
+
     void aLaterStopOfAnotherServiceForgetsNone()
     {
         const PrivateBus bus;
