@@ -180,11 +180,11 @@ void EthernetConfigurator::startProcessing()
         return;
     const QPointer<EthernetConfigurator> self(this);
     QCoreApplication::processEvents(); // what is due appears before the pause
-    if (!self)
+    if (!self || m_isFinishing)
         return;
     QThread::msleep(static_cast<unsigned long>(pauseBeforeCommand().count()));
     // Events may have started the last command meanwhile.
-    if (!m_commands.isEmpty() && !m_isFinishing && m_process)
+    if (!m_commands.isEmpty() && m_process)
         startNext();
 }
 

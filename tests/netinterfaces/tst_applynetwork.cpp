@@ -509,6 +509,17 @@ private slots:
         QCOMPARE(sudo.calls(), all); // each once
     }
 
+    void theEndMayComeBeforeThePause()
+    {
+        const FakeSudo sudo;
+        QuickConfigurator configurator({s("eth0")}, s("/target"));
+        configurator.pause = std::chrono::hours(1); // would hang
+        QTimer::singleShot(0, &configurator, &EthernetConfigurator::finishApplying);
+        configurator.applySettings({});
+        QCOMPARE(sudo.calls(),
+            (QStringList{s("[ifconfig][eth0][down]"), copyCall(s("/target")), restart}));
+    }
+
     void withNothingBegunThereIsNothingToFinish()
     {
         const FakeSudo sudo;
