@@ -12,7 +12,6 @@ public:
     explicit PrintServiceState(int serviceState);
 
     int serviceState() const { return m_serviceState; }
-    void setServiceState(int state) { m_serviceState = state; }
     bool isStopped() const;
 
 private:
