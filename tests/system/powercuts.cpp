@@ -23,7 +23,6 @@
 using namespace networkview;
 using window::find;
 using window::messageBox;
-using window::onGuiThread;
 
 namespace {
 

@@ -399,6 +399,7 @@ void TestOperatorTable::settingsLookUpInAnyThread()
 {
     std::vector<int> known(8);
     std::vector<std::thread> threads;
+    threads.reserve(known.size());
     for (int &count : known)
         threads.emplace_back([&count] {
             for (int mnc = 0; mnc < 1000; ++mnc) {
