@@ -98,6 +98,7 @@ private slots:
     void sendsNoControlCharacters_data();
     void sendsNoControlCharacters();
     void leavesOldInputOutOfTheAnswer();
+    void leavesATextThatDidNotEndBehind();
     void waitsForQuietAfterALostAnswer();
     void endsAtTheLimit_data();
     void endsAtTheLimit();
@@ -495,6 +496,14 @@ void TestAtChannel::leavesOldInputOutOfTheAnswer()
     const AtReply reply = bench.ask("AT+CSQ", {"\r\n+CSQ: 17,99\r\n\r\nOK\r\n"});
     QVERIFY(reply.isOk());
     QCOMPARE(reply.lines, Lines{"+CSQ: 17,99"});
+}
+
+void TestAtChannel::leavesATextThatDidNotEndBehind()
+{
+    Bench bench;
+    QVERIFY(bench.ask("AT", {"\r\nOK\r\n\r\n+CUSD: 0,\"half\r\n"}).isOk());
+    const AtReply reply = bench.ask("AT+CSQ", {"\r\n+CSQ: 17,99\r\n\r\nOK\r\n"});
+    QCOMPARE(reply.lines, Lines{"+CSQ: 17,99"}); // without the empty lines
 }
 
 void TestAtChannel::waitsForQuietAfterALostAnswer()

@@ -37,6 +37,8 @@ private slots:
     void sendsUssd();
     void writesUssdAsTheModemWants_data();
     void writesUssdAsTheModemWants();
+    void setsAgainWhatMayHaveGone_data();
+    void setsAgainWhatMayHaveGone();
     void waitsForTheEndOfAText();
     void callsOffAMenu();
     void isNotFooledByALateAnswer();
@@ -805,6 +807,34 @@ void TestModemQuery::writesUssdAsTheModemWants()
 }
 
 // Without a coding scheme behind it, a quote at a line's end need not be the last.
+void TestModemQuery::setsAgainWhatMayHaveGone_data()
+{
+    QTest::addColumn<bool>("isReset");
+    QTest::newRow("by a reset") << true;
+    QTest::newRow("before a dial") << false;
+}
+
+void TestModemQuery::setsAgainWhatMayHaveGone()
+{
+    QFETCH(bool, isReset);
+    Bench bench;
+    QVERIFY(bench.open());
+    QString text;
+    const auto ask = [&] {
+        return bench.driver.getGsmCells(text, text)
+            && bench.driver.sendUSSD(QStringLiteral("*100#"), text);
+    };
+    QVERIFY(ask() && ask());
+    if (isReset)
+        bench.driver.reset(false);
+    else
+        bench.driver.beforeDial();
+    QVERIFY(ask() && ask());
+    const QList<QByteArray> commands = bench.modem.commands();
+    QCOMPARE(commands.count("AT+CREG=2"), 2);
+    QCOMPARE(commands.count("AT+CSCS=\"GSM\""), isReset ? 2 : 1);
+}
+
 void TestModemQuery::waitsForTheEndOfAText()
 {
     Bench bench;

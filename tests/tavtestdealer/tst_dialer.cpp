@@ -3,10 +3,10 @@
 #include "portspeed.h"
 #include "scriptedmodem.h"
 #include "testmodemscfg.h"
+#include "toldtoend.h"
 #include "wvdial.h"
 
 #include "initconfig.h"
-#include "signalnotifier.h"
 
 #include <QRegularExpression>
 #include <QSignalSpy>
@@ -104,11 +104,9 @@ private slots:
         configure(gsm1);
         Dial dial(dialer.program());
         {
-            const SignalNotifier notifier;
-            ::raise(SIGTERM); // while the modem is reset
+            const ToldToEnd toldToEnd; // while the modem is reset
             dial.wvdial.start(gsm1);
         }
-        std::make_unique<SignalNotifier>().reset(); // forgets it
         QVERIFY(!dial.wvdial.isDialling());
         QVERIFY(dial.notStarted.wait());
         QVERIFY(dialer.arguments().isEmpty());

@@ -613,6 +613,11 @@ private slots:
         QTRY_COMPARE(button(dialog, "pbApply")->text(), QStringLiteral("xApply"));
         dialog.connectionTested(true);
         QCOMPARE(indicator(dialog)->toolTip(), QStringLiteral("xConnection on"));
+        translator.reset();
+        QEvent change(QEvent::LanguageChange);
+        QCoreApplication::sendEvent(&dialog, &change); // before the checker tells
+        QCOMPARE(indicator(dialog)->toolTip(), QStringLiteral("Connection on"));
+        translator = std::make_unique<MarkTranslator>("MainDialog");
         dialog.show();
         ModalBoxes boxes({ModalBoxes::click(QMessageBox::Cancel)});
         dialog.close();

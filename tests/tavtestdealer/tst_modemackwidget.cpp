@@ -6,6 +6,7 @@
 #include "portspeed.h"
 #include "querymodem.h"
 #include "storedmodems.h"
+#include "toldtoend.h"
 #include "touchstyle.h"
 
 #include "atmodem.h"
@@ -511,6 +512,19 @@ private slots:
         // And the answer of the slot is the same.
         if (!modem.silent)
             QCOMPARE(page.queryModem(), goesOn);
+    }
+
+    void endOfTheProgramBreaksTheQueryOff()
+    {
+        ScriptedModem modem;
+        answerQuery(modem);
+        modem.start();
+        store({modemOn(modem.path())});
+        Page page;
+        const ToldToEnd toldToEnd;
+        QVERIFY(!page.queryModem());
+        QVERIFY(page.log()->toPlainText().contains(QLatin1String(" was broken off.")));
+        QVERIFY(!page.driver()->isOpen());
     }
 
     void whatTheModemDoesNotTellIsLeftOut_data()

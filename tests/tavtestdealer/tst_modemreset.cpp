@@ -1,5 +1,6 @@
 #include "modemreset.h"
 #include "scriptedmodem.h"
+#include "toldtoend.h"
 
 #include "atmodem.h"
 #include "modeminfo.h"
@@ -89,6 +90,17 @@ private slots:
         QCOMPARE(lines.count(gone(modem)), 1);
         QVERIFY(lines.at(lines.size() - 3).startsWith(QStringLiteral("Modem reseted for ")));
         QCOMPARE(lines.last(), QStringLiteral("Modem is closed"));
+    }
+
+    void endOfTheProgramBreaksItOff()
+    {
+        ScriptedModem modem;
+        modem.start();
+        const ToldToEnd toldToEnd;
+        QCOMPARE(told(modemOn(modem.path())).last(),
+            QStringLiteral(
+                "The porg %1 is not opened: The work with the modem on %1 was broken off.")
+                .arg(modem.path()));
     }
 
     void withoutAListenerTheModemIsResetTheSame()

@@ -4,6 +4,7 @@
 #include "portspeed.h"
 #include "scriptedmodem.h"
 #include "settingspage.h"
+#include "toldtoend.h"
 #include "touchstyle.h"
 
 #include "atmodem.h"
@@ -753,6 +754,19 @@ private slots:
         QTest::qWait(0);
         QCOMPARE(boxes.shown.size(), 0);
         QCOMPARE(modem.commands().contains("AT^U2DIAG=0"), what == QLatin1String("refuses"));
+    }
+
+    void endOfTheProgramBreaksModemOnlyOff()
+    {
+        ScriptedModem modem;
+        modem.answers.insert("AT^U2DIAG=0", ScriptedModem::ok());
+        modem.start();
+        Page page;
+        page.selectOnPort(modem.path());
+        ModalBoxes boxes({}); // ends the test at any box
+        const ToldToEnd toldToEnd;
+        page.modemToModemOnly();
+        QVERIFY(!modem.commands().contains("AT^U2DIAG=0"));
     }
 
     void modemOnlyTriesThePortThreeTimes()
