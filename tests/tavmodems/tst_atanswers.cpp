@@ -284,6 +284,7 @@ void TestAtAnswers::readsCells_data()
     row("searching", {"+CREG: 2,2"}, "2|||-");
     row("searching, empty codes", {"+CREG: 2,2,\"\",\"\""}, "2|||-");
     row("codes not known: all ones", {"+CREG: 2,1,\"FFFF\",\"FFFFFFFF\",7"}, "1|||7");
+    row("cell not known: 28 ones", {"+CREG: 2,1,\"1F40\",\"0FFFFFFF\",2"}, "1|||2");
     row("codes not known: zero", {"+CREG: 2,0,\"0000\",\"00000000\""}, "0|||-");
     row("area without a cell", {"+CREG: 2,1,\"00C3\""}, "1|||-");
     row("garbled codes", {"+CREG: 2,1,\"00G3\",\"A12F\""}, "1|||-");

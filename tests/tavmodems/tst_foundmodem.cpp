@@ -112,6 +112,8 @@ void TestFoundModem::tellsModemsApart_data()
         << Ports{port(a, none), port(b)} << Modems{{a}, {b}};
     QTest::newRow("two behind one USB device")
         << Ports{port(a, IMEI, 0), port(b, OTHER_IMEI, 1)} << Modems{{a}, {b}};
+    QTest::newRow("two behind one USB device, no IMEI on the first port")
+        << Ports{port(a, none, 0), port(b, IMEI, 1), port(c, OTHER_IMEI, 2)} << Modems{{a, b}, {c}};
 }
 
 void TestFoundModem::tellsModemsApart()

@@ -39,6 +39,9 @@ private slots:
     void takesOverWhatNobodyHolds_data();
     void takesOverWhatNobodyHolds();
     void waitsForAFreshLockToBeWritten();
+    void canBeReadByAllWhateverTheMask();
+    void leavesALockThatItMayNotRead();
+    void goesOnBesideALockThatItMayNotRemove();
     void locksAllNamesOrNone();
     void doesNotFollowLinks();
     void doesNotWaitForAPipe();
@@ -50,6 +53,7 @@ private slots:
 
 private:
     QString file(const QString &name) const { return m_directory->filePath(name); }
+    void shareDirectory();
     void write(const QString &name, const QByteArray &content, int age = 0) const;
     QByteArray read(const QString &name) const;
 
@@ -99,6 +103,28 @@ private:
     QProcess m_process;
 };
 
+// Root is somebody else while this lives.
+class OrdinaryUser
+{
+    Q_DISABLE_COPY_MOVE(OrdinaryUser)
+
+public:
+    OrdinaryUser()
+    {
+        constexpr uid_t nobody = 65534;
+        if (isRoot && ::seteuid(nobody) != 0)
+            qFatal("no other user for the test");
+    }
+    ~OrdinaryUser()
+    {
+        if (isRoot && ::seteuid(0) != 0)
+            qFatal("no root any more");
+    }
+
+private:
+    const bool isRoot = ::geteuid() == 0;
+};
+
 } // namespace
 
 void TestPortLock::init()
@@ -109,6 +135,13 @@ void TestPortLock::init()
 void TestPortLock::cleanup()
 {
     m_directory.reset();
+}
+
+// One like /run/lock, where every user gets to.
+void TestPortLock::shareDirectory()
+{
+    m_directory = std::make_unique<QTemporaryDir>(QStringLiteral("/tmp/portlock.XXXXXX"));
+    QCOMPARE(::chmod(QFile::encodeName(m_directory->path()).constData(), 01777), 0);
 }
 
 void TestPortLock::write(const QString &name, const QByteArray &content, int age) const
@@ -253,6 +286,48 @@ void TestPortLock::waitsForAFreshLockToBeWritten()
     PortLock lock(m_directory->path());
     QVERIFY(!lock.lock(DEVICE));
     QCOMPARE(lock.error(), QStringLiteral("another program"));
+}
+
+void TestPortLock::canBeReadByAllWhateverTheMask()
+{
+    PortLock lock(m_directory->path());
+    const mode_t before = ::umask(077);
+    const bool isLocked = lock.lock(DEVICE);
+    ::umask(before);
+    QVERIFY(isLocked);
+    struct stat status = {};
+    QCOMPARE(::stat(QFile::encodeName(file(LOCK)).constData(), &status), 0);
+    QCOMPARE(status.st_mode & ACCESSPERMS, mode_t(0644));
+}
+
+void TestPortLock::leavesALockThatItMayNotRead()
+{
+    shareDirectory();
+    write(LOCK, text(deadPid()), 3600);
+    QCOMPARE(::chmod(QFile::encodeName(file(LOCK)).constData(), 0), 0);
+    const OrdinaryUser user;
+    PortLock lock(m_directory->path());
+    QVERIFY(!lock.lock(DEVICE));
+    QCOMPARE(lock.error(), QStringLiteral("another program"));
+}
+
+void TestPortLock::goesOnBesideALockThatItMayNotRemove()
+{
+    if (::geteuid() != 0)
+        QSKIP("It takes root to leave a file of another user.");
+    shareDirectory();
+    const QByteArray left = text(deadPid());
+    write(LOCK, left, 3600);
+    QTest::ignoreMessage(QtWarningMsg,
+        QRegularExpression(QStringLiteral("^No lock file .*/LCK\\.\\.ttyUSB0: Operation not "
+                                          "permitted\\. Other programs do not see")));
+    {
+        const OrdinaryUser user;
+        PortLock lock(m_directory->path());
+        QVERIFY(lock.lock(DEVICE));
+    }
+    QCOMPARE(read(LOCK), left);
+    QCOMPARE(QDir(m_directory->path()).entryList(QDir::Files), QStringList(LOCK));
 }
 
 void TestPortLock::locksAllNamesOrNone()
