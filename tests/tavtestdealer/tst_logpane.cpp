@@ -1,6 +1,7 @@
 #include "loggermanager.h"
 #include "logpane.h"
 #include "painted.h"
+#include "runningtimers.h"
 #include "stallwatch.h"
 
 #include <QElapsedTimer>
@@ -112,6 +113,16 @@ private slots:
         QCOMPARE(texts(&browser), QStringList({QStringLiteral("a"), QStringLiteral("b")}));
         QCOMPARE(shown.at(0).colour, QColor(Qt::blue));
         QCOMPARE(shown.at(1).colour, QColor(Qt::blue));
+    }
+
+    void timerEndsWhenAllIsShown()
+    {
+        QTextBrowser browser;
+        const LogPane pane(&browser, PANE());
+        const QSet<int> before = runningTimers(0);
+        qCWarning(PANE, "text");
+        QVERIFY(!(runningTimers(0) - before).isEmpty());
+        QTRY_VERIFY((runningTimers(0) - before).isEmpty());
     }
 
     void emptyLinesAreKept()
