@@ -112,17 +112,17 @@ public:
     OrdinaryUser()
     {
         constexpr uid_t nobody = 65534;
-        if (isRoot && ::seteuid(nobody) != 0)
+        if (m_isRoot && ::seteuid(nobody) != 0)
             qFatal("no other user for the test");
     }
     ~OrdinaryUser()
     {
-        if (isRoot && ::seteuid(0) != 0)
+        if (m_isRoot && ::seteuid(0) != 0)
             qFatal("no root any more");
     }
 
 private:
-    const bool isRoot = ::geteuid() == 0;
+    const bool m_isRoot = ::geteuid() == 0;
 };
 
 } // namespace
